@@ -1,0 +1,28 @@
+#!/usr/bin/env bash
+# Installs what Velloran needs to build, test and run. Idempotent: when every
+# package is already present it only checks and returns.
+set -euo pipefail
+
+packages=(
+  cmake ninja-build g++ clang make pkg-config
+  qt6-base-dev qt6-base-dev-tools qt6-image-formats-plugins qt6-declarative-dev
+  libqt6opengl6-dev libgl-dev zlib1g-dev
+  libgtest-dev libgmock-dev libbenchmark-dev libclang-rt-dev
+  xvfb xauth fonts-dejavu-core fonts-liberation2
+)
+
+missing=()
+for p in "${packages[@]}"; do
+  dpkg-query -W -f='${Status}' "$p" 2>/dev/null | grep -q "install ok installed" || missing+=("$p")
+done
+
+if [ ${#missing[@]} -eq 0 ]; then
+  exit 0
+fi
+
+echo "install-deps: installing ${missing[*]}" >&2
+SUDO=""
+if [ "$(id -u)" -ne 0 ]; then SUDO="sudo"; fi
+export DEBIAN_FRONTEND=noninteractive
+$SUDO apt-get update -qq
+$SUDO apt-get install -y -qq --no-install-recommends "${missing[@]}" >/dev/null

@@ -1,0 +1,175 @@
+// XML property-list writer, in the layout the platform's own writer uses:
+// tab indentation, keys sorted, empty containers as <dict/> and <array/>.
+
+#include "plist/Base64.h"
+#include "plist/DateConversion.h"
+#include "plist/PropertyList.h"
+
+#include <charconv>
+#include <cmath>
+
+namespace plist {
+
+namespace {
+
+struct WriteError {
+    std::string message;
+};
+
+class XmlWriter {
+public:
+    explicit XmlWriter(std::string& out) : out_(out) {}
+
+    void write(const Value& v, int depth)
+    {
+        if (depth > kMaxNestingDepth) throw WriteError{"nesting deeper than " + std::to_string(kMaxNestingDepth) + " levels"};
+        indent(depth);
+        switch (v.type()) {
+        case Type::Null: throw WriteError{"a null value cannot be written as XML"};
+        case Type::Boolean: out_ += v.toBool() ? "<true/>\n" : "<false/>\n"; break;
+        case Type::Integer: {
+            out_ += "<integer>";
+            appendInteger(v);
+            out_ += "</integer>\n";
+            break;
+        }
+        case Type::Real:
+            out_ += "<real>";
+            appendReal(v);
+            out_ += "</real>\n";
+            break;
+        case Type::String:
+            out_ += "<string>";
+            appendEscaped(v.string());
+            out_ += "</string>\n";
+            break;
+        case Type::Data:
+            out_ += "<data>\n";
+            appendBase64Lines(out_, v.dataBytes(), tabs(depth));
+            indent(depth);
+            out_ += "</data>\n";
+            break;
+        case Type::Date:
+            out_ += "<date>";
+            out_ += formatIso8601(v.dateValue());
+            out_ += "</date>\n";
+            break;
+        case Type::Uid:
+            out_ += "<dict>\n";
+            indent(depth + 1);
+            out_ += "<key>CF$UID</key>\n";
+            indent(depth + 1);
+            out_ += "<integer>";
+            out_ += std::to_string(v.uidValue());
+            out_ += "</integer>\n";
+            indent(depth);
+            out_ += "</dict>\n";
+            break;
+        case Type::Array:
+            if (v.array().empty()) {
+                out_ += "<array/>\n";
+                break;
+            }
+            out_ += "<array>\n";
+            for (const Value& element : v.array()) write(element, depth + 1);
+            indent(depth);
+            out_ += "</array>\n";
+            break;
+        case Type::Dictionary:
+            if (v.dictionary().empty()) {
+                out_ += "<dict/>\n";
+                break;
+            }
+            out_ += "<dict>\n";
+            for (const auto& [key, value] : v.dictionary()) {
+                indent(depth + 1);
+                out_ += "<key>";
+                appendEscaped(key);
+                out_ += "</key>\n";
+                write(value, depth + 1);
+            }
+            indent(depth);
+            out_ += "</dict>\n";
+            break;
+        }
+    }
+
+private:
+    std::string_view tabs(int depth)
+    {
+        if (int(tabs_.size()) < depth) tabs_.resize(std::size_t(depth) * 2, '\t');
+        return std::string_view(tabs_).substr(0, std::size_t(depth));
+    }
+
+    void indent(int depth) { out_.append(tabs(depth)); }
+
+    void appendInteger(const Value& v)
+    {
+        char buffer[32];
+        auto result = v.isUnsignedInteger() ? std::to_chars(buffer, buffer + sizeof buffer, v.toUnsigned())
+                                            : std::to_chars(buffer, buffer + sizeof buffer, v.toInt());
+        out_.append(buffer, result.ptr);
+    }
+
+    void appendReal(const Value& v)
+    {
+        const double d = v.toDouble();
+        if (std::isnan(d)) {
+            out_ += "nan";
+            return;
+        }
+        if (std::isinf(d)) {
+            out_ += d > 0 ? "+infinity" : "-infinity";
+            return;
+        }
+        // Shortest text that reads back to the same number; a single-precision
+        // value is printed as a float so 0.1f stays "0.1".
+        char buffer[64];
+        auto result = v.isSinglePrecision() ? std::to_chars(buffer, buffer + sizeof buffer, static_cast<float>(d))
+                                            : std::to_chars(buffer, buffer + sizeof buffer, d);
+        out_.append(buffer, result.ptr);
+    }
+
+    void appendEscaped(std::string_view s)
+    {
+        std::size_t runStart = 0;
+        for (std::size_t i = 0; i < s.size(); ++i) {
+            const char* replacement = nullptr;
+            switch (s[i]) {
+            case '&': replacement = "&amp;"; break;
+            case '<': replacement = "&lt;"; break;
+            case '>': replacement = "&gt;"; break;
+            case '\r': replacement = "&#13;"; break;  // a raw CR would read back as LF
+            default: continue;
+            }
+            out_.append(s.substr(runStart, i - runStart));
+            out_ += replacement;
+            runStart = i + 1;
+        }
+        out_.append(s.substr(runStart));
+    }
+
+    std::string& out_;
+    std::string tabs_;
+};
+
+}  // namespace
+
+std::optional<std::string> writeXml(const Value& root, std::string* error)
+{
+    std::string out;
+    out.reserve(4096);
+    out += "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n"
+           "<!DOCTYPE plist PUBLIC \"-//Apple//DTD PLIST 1.0//EN\" \"http://www.apple.com/DTDs/PropertyList-1.0.dtd\">\n"
+           "<plist version=\"1.0\">\n";
+    try {
+        XmlWriter(out).write(root, 0);
+    } catch (const WriteError& e) {
+        if (error) *error = e.message;
+        return std::nullopt;
+    }
+    out += "</plist>\n";
+    return out;
+}
+
+}  // namespace plist
