@@ -18,12 +18,16 @@ function(velloran_module name)
   target_link_libraries(${name} PUBLIC velloran_options ${ARG_DEPENDS})
 endfunction()
 
+# The shared test main: a QGuiApplication around GoogleTest.
+add_library(velloran_test_main STATIC ${PROJECT_SOURCE_DIR}/tests/support/TestMain.cpp)
+target_link_libraries(velloran_test_main PUBLIC GTest::gtest Qt6::Gui)
+
 # velloran_test(NAME LABEL SOURCES... DEPENDS libs...): one GoogleTest binary,
 # each test case registered with CTest under the module's label.
 function(velloran_test name label)
   cmake_parse_arguments(ARG "" "" "SOURCES;DEPENDS" ${ARGN})
   add_executable(${name} ${ARG_SOURCES})
-  target_link_libraries(${name} PRIVATE velloran_options ${ARG_DEPENDS} GTest::gtest GTest::gtest_main)
+  target_link_libraries(${name} PRIVATE velloran_options ${ARG_DEPENDS} velloran_test_main)
   target_compile_definitions(${name} PRIVATE
     VELLORAN_SOURCE_DIR="${PROJECT_SOURCE_DIR}"
     VELLORAN_CORPUS_DIR="${PROJECT_SOURCE_DIR}/../shared/qtz-corpus")

@@ -122,11 +122,12 @@ private:
             out_ += d > 0 ? "+infinity" : "-infinity";
             return;
         }
-        // Shortest text that reads back to the same number; a single-precision
-        // value is printed as a float so 0.1f stays "0.1".
+        // The shortest text that reads back to exactly the same double. A
+        // single-precision value is printed through its double value too, so
+        // a reader gets the very number the file held (0.1f is
+        // "0.10000000149011612"), as the platform's writer does.
         char buffer[64];
-        auto result = v.isSinglePrecision() ? std::to_chars(buffer, buffer + sizeof buffer, static_cast<float>(d))
-                                            : std::to_chars(buffer, buffer + sizeof buffer, d);
+        auto result = std::to_chars(buffer, buffer + sizeof buffer, d);
         out_.append(buffer, result.ptr);
     }
 

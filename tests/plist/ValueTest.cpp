@@ -1,5 +1,7 @@
 #include "plist/Value.h"
 
+#include "../support/PlistPrinting.h"
+
 #include <gtest/gtest.h>
 
 using namespace plist;

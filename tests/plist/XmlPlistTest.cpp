@@ -1,5 +1,7 @@
 #include "plist/PropertyList.h"
 
+#include "../support/PlistPrinting.h"
+
 #include <gtest/gtest.h>
 
 #include <cmath>
@@ -108,7 +110,7 @@ TEST(XmlPlist, WriterProducesThePlatformLayout)
               "\t<key>empty</key>\n"
               "\t<array/>\n"
               "\t<key>single</key>\n"
-              "\t<real>0.1</real>\n"
+              "\t<real>0.10000000149011612</real>\n"
               "\t<key>zeta</key>\n"
               "\t<integer>1</integer>\n"
               "</dict>\n"

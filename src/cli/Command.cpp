@@ -1,0 +1,42 @@
+#include "cli/Command.h"
+
+namespace cli {
+
+const std::vector<Command>& commands()
+{
+    static const std::vector<Command> all = {
+        {"plist", "plist convert --xml|--binary IN OUT", runPlistCommand},
+        {"psd", "psd layers FILE.psd", runPsdCommand},
+    };
+    return all;
+}
+
+static void printHelp(QTextStream& s)
+{
+    s << "velloran-cli: Velloran without a screen.\n\nUsage:\n";
+    for (const Command& c : commands()) {
+        for (const QString& line : QString::fromUtf8(c.synopsis).split(QLatin1Char('\n')))
+            s << "  velloran-cli " << line << "\n";
+    }
+    s << "\nMachine output is JSON on stdout; exit code 0 success, 1 failure, 2 bad usage.\n";
+}
+
+int runCommandLine(const QStringList& args, Streams& io)
+{
+    if (args.isEmpty()) {
+        printHelp(io.err);
+        return kUsage;
+    }
+    const QString& name = args.first();
+    if (name == QLatin1String("--help") || name == QLatin1String("-h") || name == QLatin1String("help")) {
+        printHelp(io.out);
+        return kSuccess;
+    }
+    for (const Command& c : commands()) {
+        if (name == QLatin1String(c.name)) return c.run(args.mid(1), io);
+    }
+    io.err << "velloran-cli: unknown command '" << name << "' (see velloran-cli --help)\n";
+    return kUsage;
+}
+
+}  // namespace cli

@@ -1,0 +1,17 @@
+#include "cli/Command.h"
+
+#include <QGuiApplication>
+#include <cstdio>
+
+int main(int argc, char** argv)
+{
+    // Rendering needs a GUI application object for fonts and images, but
+    // never a display.
+    if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM")) qputenv("QT_QPA_PLATFORM", "offscreen");
+    QGuiApplication app(argc, argv);
+    QStringList args = QCoreApplication::arguments().mid(1);
+    QTextStream out(stdout);
+    QTextStream err(stderr);
+    cli::Streams io{out, err};
+    return cli::runCommandLine(args, io);
+}

@@ -1,0 +1,157 @@
+#include "quartz/QuartzComposition.h"
+
+#include "plist/PropertyList.h"
+#include "quartz/QuartzStrings.h"
+#include "quartz/QuartzValues.h"
+
+#include <QFile>
+#include <QSaveFile>
+#include <QStringList>
+
+Q_LOGGING_CATEGORY(lcQuartz, "velloran.quartz")
+
+using plist::Value;
+
+namespace {
+const char kRootPatch[] = "rootPatch";
+const char kInputParameters[] = "inputParameters";
+const char kEditorViewerWindow[] = "editorViewerWindow";
+// The viewer window's title bar, added to the stored height.
+constexpr double kViewerTitleBarHeight = 46.0;
+}  // namespace
+
+QuartzComposition::QuartzComposition()
+    : dictionary_(Value::emptyDictionary()), rootPatch_(QuartzPatch::createRoot(this, Value()))
+{
+}
+
+QuartzComposition::QuartzComposition(const Value& dictionary) : dictionary_(dictionary)
+{
+    if (!dictionary_.isDictionary()) dictionary_ = Value::emptyDictionary();
+    const Value root = dictionary_.value(kRootPatch);
+    dictionary_.remove(kRootPatch);
+    rootPatch_ = QuartzPatch::createRoot(this, root);
+}
+
+std::unique_ptr<QuartzComposition> QuartzComposition::compositionWithData(const QByteArray& data, QString* error)
+{
+    std::string message;
+    const auto root = plist::read(std::string_view(data.constData(), std::size_t(data.size())), &message);
+    if (!root) {
+        if (error) *error = quartz::toQt(message);
+        return nullptr;
+    }
+    if (!root->isDictionary()) {
+        if (error) *error = QStringLiteral("the property list is a %1, not a dictionary").arg(QLatin1String(plist::typeName(root->type())));
+        return nullptr;
+    }
+    return std::make_unique<QuartzComposition>(*root);
+}
+
+std::unique_ptr<QuartzComposition> QuartzComposition::compositionWithFile(const QString& path, QString* error)
+{
+    QFile file(path);
+    if (!file.open(QIODevice::ReadOnly)) {
+        if (error) *error = file.errorString();
+        return nullptr;
+    }
+    return compositionWithData(file.readAll(), error);
+}
+
+QSizeF QuartzComposition::viewerSize() const
+{
+    const QStringList parts = quartz::toQt(dictionary_.value(kEditorViewerWindow).string()).split(QLatin1Char(' '));
+    if (parts.size() < 4) return QSizeF(0, 0);
+    return QSizeF(parts[2].toFloat(), parts[3].toFloat());
+}
+
+void QuartzComposition::setViewerSize(const QSizeF& size)
+{
+    const Value* stored = dictionary_.find(kEditorViewerWindow);
+    if (!stored) return;
+    QStringList parts = quartz::toQt(stored->string()).split(QLatin1Char(' '));
+    if (parts.size() < 4) {
+        qCWarning(lcQuartz) << "editorViewerWindow has fewer than four parts:" << parts.join(QLatin1Char(' '));
+        return;
+    }
+    parts[2] = QString::asprintf("%f", size.width());
+    parts[3] = QString::asprintf("%f", size.height() + kViewerTitleBarHeight);
+    dictionary_.set(kEditorViewerWindow, quartz::toStd(parts.join(QLatin1Char(' '))));
+}
+
+void QuartzComposition::setAspectRatio(double aspectRatio)
+{
+    dictionary_.set("aspectRatio", Value::singleReal(static_cast<float>(aspectRatio)));
+}
+
+void QuartzComposition::setInputParameter(const Value& value, const QString& key)
+{
+    Value parameters = dictionary_.value(kInputParameters);
+    if (!parameters.isDictionary()) parameters = Value::emptyDictionary();
+    parameters.set(quartz::toStd(key), value);
+    dictionary_.set(kInputParameters, std::move(parameters));
+}
+
+Value QuartzComposition::inputParameterForKey(const QString& key) const
+{
+    return dictionary_.value(kInputParameters).value(quartz::toStd(key));
+}
+
+std::optional<QByteArray> QuartzComposition::fileDataByRemovingPixelFormatSetting(bool strip) const
+{
+    Value tree = dictionary_;
+    tree.set(kRootPatch, rootPatch_->patchDataForFileData(dictionary_));
+    // Serialise, read back and serialise again: the second pass is what is
+    // written, so what we write is exactly what a reader of the file gets.
+    std::string error;
+    const auto first = plist::writeXml(tree, &error);
+    if (!first) {
+        qCCritical(lcQuartz, "Error when serializing QTZ: %s", error.c_str());
+        return std::nullopt;
+    }
+    auto parsed = plist::readXml(*first, &error);
+    if (!parsed) {
+        qCCritical(lcQuartz, "Error when deserializing QTZ: %s", error.c_str());
+        return std::nullopt;
+    }
+    if (!strip) return QByteArray(first->data(), qsizetype(first->size()));
+    removePixelFormatSettingFromCollection(*parsed);
+    const auto second = plist::writeXml(*parsed, &error);
+    if (!second) {
+        qCCritical(lcQuartz, "Error when serializing QTZ: %s", error.c_str());
+        return std::nullopt;
+    }
+    return QByteArray(second->data(), qsizetype(second->size()));
+}
+
+bool QuartzComposition::writeToFile(const QString& path, bool removePixelFormatSetting) const
+{
+    const auto data = fileDataByRemovingPixelFormatSetting(removePixelFormatSetting);
+    if (!data) return false;
+    QSaveFile file(path);
+    if (!file.open(QIODevice::WriteOnly)) return false;
+    if (file.write(*data) != data->size()) {
+        file.cancelWriting();
+        return false;
+    }
+    return file.commit();
+}
+
+void QuartzComposition::removePixelFormatSettingFromCollection(Value& node)
+{
+    if (node.isArray()) {
+        for (Value& element : node.mutableArray()) removePixelFormatSettingFromCollection(element);
+    } else if (node.isDictionary()) {
+        // A dictionary that holds the setting loses it and is not looked into
+        // any further.
+        if (node.remove("pixelFormat")) return;
+        for (auto& [key, value] : node.mutableDictionary()) {
+            if (value.isArray() || value.isDictionary()) removePixelFormatSettingFromCollection(value);
+        }
+    }
+}
+
+Value QuartzComposition::quartzValueForObject(const QVariant& value)
+{
+    return quartz::fileValueForVariant(value);
+}
