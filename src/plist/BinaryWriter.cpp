@@ -1,0 +1,387 @@
+// Writer for binary property lists ("bplist00").
+//
+// Two passes. The first numbers the objects depth-first (the root is object
+// 0; a dictionary's keys come before its values), writing each equal string,
+// number, date, data and uid once. Containers are not merged by equality, but
+// one shared payload (the same Value copied into two places) is written once,
+// so a value read from a file with shared objects writes back at its size.
+// The second pass writes the objects with the smallest reference and offset
+// widths that fit.
+
+#include "plist/BinaryFormat.h"
+#include "plist/BinaryUnicode.h"
+#include "plist/PropertyList.h"
+
+#include <algorithm>
+#include <new>
+#include <unordered_map>
+#include <vector>
+
+namespace plist {
+namespace {
+
+using namespace binary;
+
+// Thrown inside the writer only; writeBinary turns it into an error string.
+struct WriteError {
+    std::string message;
+};
+
+[[noreturn]] void fail(std::string message)
+{
+    throw WriteError{std::move(message)};
+}
+
+std::string nestingError()
+{
+    return "containers nested deeper than " + std::to_string(kMaxNestingDepth) + " levels";
+}
+
+// Scalars are merged by kind and bit pattern: 1 and 1.0 stay apart, and so do
+// 0.0 and -0.0.
+struct ScalarKey {
+    std::uint64_t bits;
+    unsigned char kind;
+    bool operator==(const ScalarKey&) const = default;
+};
+
+struct ScalarKeyHash {
+    std::size_t operator()(const ScalarKey& key) const
+    {
+        return std::hash<std::uint64_t>{}((key.bits * 0x9E3779B97F4A7C15ull) ^ key.kind);
+    }
+};
+
+// Growable output written through a raw pointer: callers reserve the most an
+// object can take, write, then commit the end.
+class Output {
+public:
+    unsigned char* reserve(std::size_t n)
+    {
+        if (bytes_.size() - used_ < n) bytes_.resize(std::max(bytes_.size() * 2, used_ + n));
+        return reinterpret_cast<unsigned char*>(bytes_.data()) + used_;
+    }
+    void commit(const unsigned char* end) { used_ = end - reinterpret_cast<const unsigned char*>(bytes_.data()); }
+    std::size_t size() const { return used_; }
+    std::string take()
+    {
+        bytes_.resize(used_);
+        return std::move(bytes_);
+    }
+
+private:
+    std::string bytes_;
+    std::size_t used_ = 0;
+};
+
+// An integer object of the smallest width: 1, 2, 4 bytes unsigned, else 8
+// bytes signed.
+unsigned char* writeUnsigned(unsigned char* p, std::uint64_t value)
+{
+    unsigned log2 = value <= 0xFF ? 0 : value <= 0xFFFF ? 1 : value <= 0xFFFFFFFF ? 2 : 3;
+    *p++ = static_cast<unsigned char>((kInteger << 4) | log2);
+    return writeBigEndian(p, value, 1u << log2);
+}
+
+unsigned char* writeMarker(unsigned char* p, Kind kind, std::uint64_t count)
+{
+    if (count < kCountFollows) {
+        *p++ = static_cast<unsigned char>((kind << 4) | count);
+        return p;
+    }
+    *p++ = static_cast<unsigned char>((kind << 4) | kCountFollows);
+    return writeUnsigned(p, count);
+}
+
+std::uint64_t bitsOf(double d)
+{
+    std::uint64_t bits;
+    std::memcpy(&bits, &d, sizeof bits);
+    return bits;
+}
+
+class BinaryWriter {
+public:
+    std::string write(const Value& root)
+    {
+        int height = 0;
+        add(root, 0, height);
+        refSize_ = bytesNeeded(objects_.size() - 1);
+        writeObjects();
+        return out_.take();
+    }
+
+private:
+    // Marker byte, a count integer and slack; an object never needs more
+    // than this beyond its payload.
+    static constexpr std::size_t kHeadroom = 32;
+
+    enum ScalarKind : unsigned char { kBool, kSigned, kUnsigned, kDouble, kSingle, kDateKind, kUidKind };
+
+    struct Object {
+        const Value* value;       // null for a dictionary key
+        const std::string* text;  // the text of a string or key
+        std::uint32_t firstRef;   // containers: index of their first reference in refs_
+        int height;               // containers: levels of containers inside
+        bool open;                // a container whose children are being added
+    };
+
+    std::uint32_t push(const Value* value, const std::string* text)
+    {
+        if (objects_.size() >= UINT32_MAX) fail("too many objects for one property list");
+        objects_.push_back(Object{value, text, 0, 0, false});
+        return static_cast<std::uint32_t>(objects_.size() - 1);
+    }
+
+    std::uint32_t addString(const std::string& text, const Value* value)
+    {
+        auto [it, inserted] = strings_.try_emplace(std::string_view(text), 0);
+        if (inserted) {
+            it->second = push(value, &text);
+            estimate_ += 8 + text.size();
+        }
+        return it->second;
+    }
+
+    std::uint32_t addScalar(const Value& value, ScalarKey key)
+    {
+        auto [it, inserted] = scalars_.try_emplace(key, 0);
+        if (inserted) {
+            it->second = push(&value, nullptr);
+            estimate_ += 12;
+        }
+        return it->second;
+    }
+
+    std::uint32_t add(const Value& value, int depth, int& height)
+    {
+        height = 0;
+        switch (value.type()) {
+        case Type::Null: fail("null cannot be written in a binary property list");
+        case Type::Boolean: return addScalar(value, {value.toBool() ? 1u : 0u, kBool});
+        case Type::Integer:
+            return addScalar(value, {value.toUnsigned(), static_cast<unsigned char>(value.isUnsignedInteger() ? kUnsigned : kSigned)});
+        case Type::Real:
+            return addScalar(value, {bitsOf(value.toDouble()), static_cast<unsigned char>(value.isSinglePrecision() ? kSingle : kDouble)});
+        case Type::Date: return addScalar(value, {bitsOf(value.dateValue()), kDateKind});
+        case Type::Uid: return addScalar(value, {value.uidValue(), kUidKind});
+        case Type::String: return addString(value.string(), &value);
+        case Type::Data: {
+            const std::string& bytes = value.dataBytes();
+            auto [it, inserted] = data_.try_emplace(std::string_view(bytes), 0);
+            if (inserted) {
+                it->second = push(&value, nullptr);
+                estimate_ += 8 + bytes.size();
+            }
+            return it->second;
+        }
+        case Type::Array:
+        case Type::Dictionary: return addContainer(value, depth, height);
+        }
+        fail("unknown value type");
+    }
+
+    std::uint32_t addContainer(const Value& value, int depth, int& height)
+    {
+        auto [it, inserted] = containers_.try_emplace(value.payloadIdentity(), 0);
+        if (!inserted) {
+            const Object& seen = objects_[it->second];
+            if (seen.open) fail("a container contains itself");
+            height = seen.height;
+            if (depth + height > kMaxNestingDepth) fail(nestingError());
+            return it->second;
+        }
+        if (depth >= kMaxNestingDepth) fail(nestingError());
+        const std::uint32_t index = push(&value, nullptr);
+        it->second = index;
+        objects_[index].open = true;
+
+        const bool isArray = value.isArray();
+        const std::size_t refCount = isArray ? value.size() : 2 * value.size();
+        const std::size_t firstRef = refs_.size();
+        if (firstRef + refCount > UINT32_MAX) fail("too many references for one property list");
+        objects_[index].firstRef = static_cast<std::uint32_t>(firstRef);
+        refs_.resize(firstRef + refCount);
+        estimate_ += 8 + refCount * 2;
+
+        int childHeight = 0;
+        std::size_t slot = firstRef;
+        if (isArray) {
+            for (const Value& item : value.array()) {
+                refs_[slot++] = add(item, depth + 1, childHeight);
+                height = std::max(height, childHeight);
+            }
+        } else {
+            const Dictionary& entries = value.dictionary();
+            for (const auto& entry : entries) refs_[slot++] = addString(entry.first, nullptr);
+            for (const auto& entry : entries) {
+                refs_[slot++] = add(entry.second, depth + 1, childHeight);
+                height = std::max(height, childHeight);
+            }
+        }
+        ++height;
+        objects_[index].open = false;
+        objects_[index].height = height;
+        return index;
+    }
+
+    void writeObjects()
+    {
+        std::vector<std::uint64_t> offsets;
+        offsets.reserve(objects_.size());
+        unsigned char* p = out_.reserve(kHeaderSize + estimate_);
+        std::memcpy(p, kMagic, kHeaderSize);
+        out_.commit(p + kHeaderSize);
+        for (const Object& object : objects_) {
+            offsets.push_back(out_.size());
+            writeObject(object);
+        }
+
+        const std::uint64_t tableOffset = out_.size();
+        const unsigned offsetSize = bytesNeeded(offsets.back());
+        p = out_.reserve(offsets.size() * offsetSize + kTrailerSize);
+        for (std::uint64_t offset : offsets) p = writeBigEndian(p, offset, offsetSize);
+        std::memset(p, 0, kTrailerOffsetSize);
+        p += kTrailerOffsetSize;
+        *p++ = static_cast<unsigned char>(offsetSize);
+        *p++ = static_cast<unsigned char>(refSize_);
+        p = writeBigEndian(p, offsets.size(), 8);
+        p = writeBigEndian(p, 0, 8);  // the root is object 0
+        p = writeBigEndian(p, tableOffset, 8);
+        out_.commit(p);
+    }
+
+    void writeObject(const Object& object)
+    {
+        if (object.text) {
+            writeString(*object.text);
+            return;
+        }
+        const Value& value = *object.value;
+        if (value.isArray() || value.isDictionary()) {
+            writeContainer(value, object.firstRef);
+            return;
+        }
+        if (value.isData()) {
+            const std::string& bytes = value.dataBytes();
+            unsigned char* p = out_.reserve(kHeadroom + bytes.size());
+            p = writeMarker(p, kData, bytes.size());
+            std::memcpy(p, bytes.data(), bytes.size());
+            out_.commit(p + bytes.size());
+            return;
+        }
+        unsigned char* p = out_.reserve(kHeadroom);
+        switch (value.type()) {
+        case Type::Boolean: *p++ = value.toBool() ? kTrue : kFalse; break;
+        case Type::Integer:
+            if (value.isUnsignedInteger()) {
+                // Above INT64_MAX: a 16-byte integer whose high half is zero.
+                *p++ = (kInteger << 4) | 4;
+                p = writeBigEndian(p, 0, 8);
+                p = writeBigEndian(p, value.toUnsigned(), 8);
+            } else if (value.toInt() < 0) {
+                *p++ = (kInteger << 4) | 3;
+                p = writeBigEndian(p, static_cast<std::uint64_t>(value.toInt()), 8);
+            } else {
+                p = writeUnsigned(p, static_cast<std::uint64_t>(value.toInt()));
+            }
+            break;
+        case Type::Real:
+            if (value.isSinglePrecision()) {
+                const float f = static_cast<float>(value.toDouble());
+                std::uint32_t bits;
+                std::memcpy(&bits, &f, sizeof bits);
+                *p++ = (kReal << 4) | 2;
+                p = writeBigEndian(p, bits, 4);
+            } else {
+                *p++ = (kReal << 4) | 3;
+                p = writeBigEndian(p, bitsOf(value.toDouble()), 8);
+            }
+            break;
+        case Type::Date:
+            *p++ = kDateMarker;
+            p = writeBigEndian(p, bitsOf(value.dateValue()), 8);
+            break;
+        case Type::Uid: {
+            const std::uint64_t uid = value.uidValue();
+            const unsigned width = uid <= 0xFF ? 1 : uid <= 0xFFFF ? 2 : uid <= 0xFFFFFFFF ? 4 : 8;
+            *p++ = static_cast<unsigned char>((kUid << 4) | (width - 1));
+            p = writeBigEndian(p, uid, width);
+            break;
+        }
+        default: fail(std::string("cannot write a ") + typeName(value.type()));
+        }
+        out_.commit(p);
+    }
+
+    void writeString(const std::string& text)
+    {
+        const auto* bytes = reinterpret_cast<const unsigned char*>(text.data());
+        if (isAscii(bytes, text.size())) {
+            unsigned char* p = out_.reserve(kHeadroom + text.size());
+            p = writeMarker(p, kAscii, text.size());
+            std::memcpy(p, bytes, text.size());
+            out_.commit(p + text.size());
+            return;
+        }
+        const std::size_t units = utf16Length(text);
+        if (units == SIZE_MAX) fail("a string is not valid UTF-8 and cannot be stored as UTF-16");
+        unsigned char* p = out_.reserve(kHeadroom + 2 * units);
+        p = writeMarker(p, kUtf16, units);
+        out_.commit(writeUtf16Be(text, p));
+    }
+
+    void writeContainer(const Value& value, std::uint32_t firstRef)
+    {
+        const bool isArray = value.isArray();
+        const std::size_t count = value.size();
+        const std::size_t refCount = isArray ? count : 2 * count;
+        unsigned char* p = out_.reserve(kHeadroom + refCount * refSize_);
+        p = writeMarker(p, isArray ? kArray : kDictionary, count);
+        const std::uint32_t* ref = refs_.data() + firstRef;
+        const std::uint32_t* end = ref + refCount;
+        switch (refSize_) {
+        case 1:
+            for (; ref != end; ++ref) *p++ = static_cast<unsigned char>(*ref);
+            break;
+        case 2:
+            for (; ref != end; ++ref) {
+                p[0] = static_cast<unsigned char>(*ref >> 8);
+                p[1] = static_cast<unsigned char>(*ref);
+                p += 2;
+            }
+            break;
+        default:
+            for (; ref != end; ++ref) p = writeBigEndian(p, *ref, refSize_);
+            break;
+        }
+        out_.commit(p);
+    }
+
+    std::vector<Object> objects_;
+    std::vector<std::uint32_t> refs_;
+    std::unordered_map<std::string_view, std::uint32_t> strings_;
+    std::unordered_map<std::string_view, std::uint32_t> data_;
+    std::unordered_map<ScalarKey, std::uint32_t, ScalarKeyHash> scalars_;
+    std::unordered_map<const void*, std::uint32_t> containers_;
+    std::size_t estimate_ = 0;  // likely output size (ASCII text, 2-byte refs), to allocate once
+    unsigned refSize_ = 1;
+    Output out_;
+};
+
+}  // namespace
+
+std::optional<std::string> writeBinary(const Value& root, std::string* error)
+{
+    try {
+        BinaryWriter writer;
+        return writer.write(root);
+    } catch (const WriteError& e) {
+        if (error) *error = e.message;
+    } catch (const std::bad_alloc&) {
+        if (error) *error = "out of memory writing a binary property list";
+    }
+    return std::nullopt;
+}
+
+}  // namespace plist
