@@ -3,6 +3,8 @@ SANITIZE ?= 0
 WERROR ?= 0
 BUILD_TYPE ?= RelWithDebInfo
 TEST_LABELS ?=
+# Build only these targets (default: everything).
+BUILD_TARGETS ?=
 JOBS ?= $(shell nproc)
 
 ifeq ($(SANITIZE),1)
@@ -26,7 +28,7 @@ configure: deps
 	@cmake -S . -B $(BUILD_DIR) $(CMAKE_FLAGS) >/dev/null
 
 build: configure
-	@cmake --build $(BUILD_DIR) -j $(JOBS)
+	@cmake --build $(BUILD_DIR) -j $(JOBS) $(if $(BUILD_TARGETS),--target $(BUILD_TARGETS),)
 
 run: build
 	@$(BUILD_DIR)/src/cli/velloran-cli --help

@@ -7,6 +7,8 @@ const std::vector<Command>& commands()
     static const std::vector<Command> all = {
         {"plist", "plist convert --xml|--binary IN OUT", runPlistCommand},
         {"psd", "psd layers FILE.psd", runPsdCommand},
+        {"qtz", "qtz inputs FILE.qtz\nqtz check FILE.qtz", runQtzCommand},
+        {"render", "render FILE.qtz --time T [--size WxH] [--input KEY=VALUE]... -o OUT.png", runRenderCommand},
     };
     return all;
 }

@@ -29,5 +29,7 @@ int runCommandLine(const QStringList& args, Streams& io);
 
 int runPlistCommand(const QStringList& args, Streams& io);
 int runPsdCommand(const QStringList& args, Streams& io);
+int runQtzCommand(const QStringList& args, Streams& io);
+int runRenderCommand(const QStringList& args, Streams& io);
 
 }  // namespace cli

@@ -37,9 +37,16 @@ EntityDescription::EntityDescription(QString name, std::vector<AttributeDescript
 
 const RelationshipDescription* EntityDescription::relationship(const QString& key) const
 {
-    for (const auto& r : relationships_)
-        if (r.name == key) return &r;
-    return nullptr;
+    const int index = relationshipIndex(key);
+    return index < 0 ? nullptr : &relationships_[std::size_t(index)];
+}
+
+int EntityDescription::relationshipIndex(const QString& key) const
+{
+    // An entity has a handful of relationships: a scan beats hashing.
+    for (std::size_t i = 0; i < relationships_.size(); ++i)
+        if (relationships_[i].name == key) return int(i);
+    return -1;
 }
 
 const QStringList& EntityDescription::keysAffectedBy(const QString& key) const
@@ -56,6 +63,8 @@ const QStringList& EntityDescription::keysAffectedBy(const QString& key) const
 ManagedObject::ManagedObject(ObjectStore* store, const EntityDescription& entity) : store_(store), entity_(entity)
 {
     values_.reserve(entity.attributes().size());
+    toMany_.resize(entity.relationships().size());
+    toOne_.resize(entity.relationships().size(), nullptr);
     for (const auto& attribute : entity.attributes()) values_.push_back(attribute.defaultValue);
 }
 
@@ -101,6 +110,7 @@ void ManagedObject::setStoredValue(const QString& key, const QVariant& value)
     willChangeValueForKey(key);
     slot = value;
     didChangeValueForKey(key);
+    storedValueDidChange(key);
     if (store_) {
         store_->noteUpdated(this);
         QPointer<ManagedObject> self(this);
@@ -113,22 +123,26 @@ void ManagedObject::setStoredValue(const QString& key, const QVariant& value)
 const std::vector<ManagedObject*>& ManagedObject::toMany(const QString& key) const
 {
     static const std::vector<ManagedObject*> none;
-    auto it = toMany_.constFind(key);
-    return it == toMany_.constEnd() ? none : it.value();
+    const int index = entity_.relationshipIndex(key);
+    return index < 0 ? none : toMany_[std::size_t(index)];
 }
 
-ManagedObject* ManagedObject::toOne(const QString& key) const { return toOne_.value(key, nullptr); }
+ManagedObject* ManagedObject::toOne(const QString& key) const
+{
+    const int index = entity_.relationshipIndex(key);
+    return index < 0 ? nullptr : toOne_[std::size_t(index)];
+}
 
 void ManagedObject::linkToMany(const QString& key, ManagedObject* target, int index)
 {
-    auto& list = toMany_[key];
+    auto& list = toMany_[std::size_t(entity_.relationshipIndex(key))];
     if (index < 0 || index > int(list.size())) index = int(list.size());
     list.insert(list.begin() + index, target);
 }
 
 int ManagedObject::unlinkToMany(const QString& key, ManagedObject* target)
 {
-    auto& list = toMany_[key];
+    auto& list = toMany_[std::size_t(entity_.relationshipIndex(key))];
     auto it = std::find(list.begin(), list.end(), target);
     if (it == list.end()) return -1;
     const int index = int(it - list.begin());
@@ -136,7 +150,11 @@ int ManagedObject::unlinkToMany(const QString& key, ManagedObject* target)
     return index;
 }
 
-void ManagedObject::linkToOne(const QString& key, ManagedObject* target) { toOne_.insert(key, target); }
+void ManagedObject::linkToOne(const QString& key, ManagedObject* target)
+{
+    const int index = entity_.relationshipIndex(key);
+    if (index >= 0) toOne_[std::size_t(index)] = target;
+}
 
 void ManagedObject::addToMany(const QString& key, ManagedObject* target, int index)
 {
@@ -165,6 +183,14 @@ void ManagedObject::addToMany(const QString& key, ManagedObject* target, int ind
             if (self && other) self->removeFromMany(key, other);
         });
     }
+}
+
+void ManagedObject::primitiveAddToMany(const QString& key, ManagedObject* target)
+{
+    const RelationshipDescription* relation = entity_.relationship(key);
+    if (!relation || !relation->toMany || !target) return;
+    linkToMany(key, target, -1);
+    if (!relation->inverse.isEmpty()) target->linkToOne(relation->inverse, this);
 }
 
 void ManagedObject::removeFromMany(const QString& key, ManagedObject* target)

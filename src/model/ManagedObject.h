@@ -46,6 +46,7 @@ public:
     const std::vector<RelationshipDescription>& relationships() const { return relationships_; }
     int attributeIndex(const QString& key) const { return attributeIndexes_.value(key, -1); }
     const RelationshipDescription* relationship(const QString& key) const;
+    int relationshipIndex(const QString& key) const;
     // The keys whose observers hear about a change of `key`: the key itself
     // and every derived key that depends on it, directly or not.
     const QStringList& keysAffectedBy(const QString& key) const;
@@ -75,6 +76,8 @@ public:
     // Stored attributes. setStoredValue records undo and announces the key;
     // an unchanged value records and announces nothing.
     QVariant storedValue(const QString& key) const;
+    // By the attribute's index in the entity: for hot paths.
+    const QVariant& storedValueAt(int index) const { return values_[std::size_t(index)]; }
     void setStoredValue(const QString& key, const QVariant& value);
     // Without undo or notifications: for loading.
     void setPrimitiveValue(const QString& key, const QVariant& value);
@@ -87,6 +90,8 @@ public:
     void addToMany(const QString& key, ManagedObject* target, int index = -1);
     void removeFromMany(const QString& key, ManagedObject* target);
     void setToOne(const QString& key, ManagedObject* target);
+    // Links both sides without undo or notifications: for loading.
+    void primitiveAddToMany(const QString& key, ManagedObject* target);
 
     // Observation by key.
     ObservationToken observe(const QString& key, KeyObserver observer);
@@ -99,6 +104,8 @@ public:
     virtual void awakeFromFetch() {}
 
 protected:
+    // Told after every stored write, also those made by undo and redo.
+    virtual void storedValueDidChange(const QString& /*key*/) {}
     static bool valuesEqual(const QVariant& a, const QVariant& b);
 
 private:
@@ -112,8 +119,9 @@ private:
     quint64 objectId_ = 0;
     bool deleted_ = false;
     std::vector<QVariant> values_;
-    QHash<QString, std::vector<ManagedObject*>> toMany_;
-    QHash<QString, ManagedObject*> toOne_;
+    // One slot per relationship of the entity, in the entity's order.
+    std::vector<std::vector<ManagedObject*>> toMany_;
+    std::vector<ManagedObject*> toOne_;
 
     struct Observation {
         ObservationToken token;

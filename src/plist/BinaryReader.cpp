@@ -42,7 +42,7 @@ struct ReadError {
 
 std::string hex(unsigned value)
 {
-    char buffer[8];
+    char buffer[16];
     std::snprintf(buffer, sizeof buffer, "0x%02X", value);
     return buffer;
 }
@@ -118,6 +118,8 @@ private:
     void countReferences();
     std::uint64_t objectOffset(std::uint64_t ref, std::uint64_t refAt) const;
     std::uint64_t readRef(std::uint64_t at) const { return readBigEndian(bytes_ + at, refSize_); }
+    enum class SpanProblem { None, CountTruncated, CountNotInteger, CountTooWide, TooLarge };
+    SpanProblem measure(std::uint64_t at, unsigned char marker, std::uint64_t elementSize, Span& s) const;
     Span span(std::uint64_t at, unsigned char marker, std::uint64_t elementSize) const;
     std::uint64_t objectArea() const { return tableOffset_ - kHeaderSize; }
     void consume(std::uint64_t at, std::uint64_t bytes);
@@ -199,11 +201,7 @@ void BinaryReader::countReferences()
         const unsigned kind = marker >> 4;
         if (kind != kArray && kind != kOrderedSet && kind != kSet && kind != kDictionary) continue;
         Span s;
-        try {
-            s = span(at, marker, kind == kDictionary ? 2 * refSize_ : refSize_);
-        } catch (const ReadError&) {
-            continue;
-        }
+        if (measure(at, marker, kind == kDictionary ? 2 * refSize_ : refSize_, s) != SpanProblem::None) continue;
         // Overlapping containers would make this pass (and the parse) quadratic.
         containerBytes += s.count * (kind == kDictionary ? 2 : 1) * refSize_;
         if (containerBytes > objectArea())
@@ -225,28 +223,41 @@ std::uint64_t BinaryReader::objectOffset(std::uint64_t ref, std::uint64_t refAt)
     return at;
 }
 
+BinaryReader::SpanProblem BinaryReader::measure(std::uint64_t at, unsigned char marker, std::uint64_t elementSize, Span& s) const
+{
+    s = Span{static_cast<std::uint64_t>(marker & 0x0F), at + 1};
+    if (s.count == kCountFollows) {
+        const std::uint64_t countAt = at + 1;
+        if (countAt >= tableOffset_) return SpanProblem::CountTruncated;
+        const unsigned char countMarker = bytes_[countAt];
+        if ((countMarker >> 4) != kInteger) return SpanProblem::CountNotInteger;
+        if ((countMarker & 0x0F) > 3) return SpanProblem::CountTooWide;
+        const unsigned width = 1u << (countMarker & 0x0F);
+        if (tableOffset_ - (countAt + 1) < width) return SpanProblem::CountTruncated;
+        s.count = readBigEndian(bytes_ + countAt + 1, width);
+        s.start = countAt + 1 + width;
+    }
+    return s.count > (tableOffset_ - s.start) / elementSize ? SpanProblem::TooLarge : SpanProblem::None;
+}
+
 // The element count of a data, string or container object (inline in the
 // marker, or as an integer object after it), checked against the bytes left
 // before the offset table.
 BinaryReader::Span BinaryReader::span(std::uint64_t at, unsigned char marker, std::uint64_t elementSize) const
 {
-    Span s{static_cast<std::uint64_t>(marker & 0x0F), at + 1};
-    if (s.count == kCountFollows) {
-        const std::uint64_t countAt = at + 1;
-        if (countAt >= tableOffset_) fail(countAt, std::string("count of ") + kindName(marker) + " is truncated");
-        const unsigned char countMarker = bytes_[countAt];
-        if ((countMarker >> 4) != kInteger) fail(countAt, "count of " + std::string(kindName(marker)) + " is not an integer");
-        const unsigned width = 1u << (countMarker & 0x0F);
-        if (width > 8) fail(countAt, "count integer of " + std::to_string(width) + " bytes is too wide");
-        if (tableOffset_ - (countAt + 1) < width) fail(countAt, "count integer is truncated");
-        s.count = readBigEndian(bytes_ + countAt + 1, width);
-        s.start = countAt + 1 + width;
+    Span s;
+    const SpanProblem problem = measure(at, marker, elementSize, s);
+    if (problem == SpanProblem::None) return s;
+    const std::string kind = kindName(marker);
+    switch (problem) {
+    case SpanProblem::CountTruncated: fail(at + 1, "count of " + kind + " is truncated");
+    case SpanProblem::CountNotInteger: fail(at + 1, "count of " + kind + " is not an integer");
+    case SpanProblem::CountTooWide: fail(at + 1, "count of " + kind + " is wider than 8 bytes");
+    case SpanProblem::None:
+    case SpanProblem::TooLarge: break;
     }
-    const std::uint64_t left = tableOffset_ - s.start;
-    if (s.count > left / elementSize)
-        fail(at, std::string(kindName(marker)) + " count " + std::to_string(s.count) + " needs more than the " +
-                     std::to_string(left) + " bytes left before the offset table");
-    return s;
+    fail(at, kind + " count " + std::to_string(s.count) + " needs more than the " + std::to_string(tableOffset_ - s.start) +
+                 " bytes left before the offset table");
 }
 
 void BinaryReader::consume(std::uint64_t at, std::uint64_t bytes)
@@ -419,12 +430,12 @@ Value BinaryReader::dictionary(std::uint64_t ref, std::uint64_t at, unsigned cha
         std::string name = key(readRef(keyAt), keyAt);
         Value value = object(readRef(valueAt), valueAt, depth + 1, childHeight);
         height = std::max(height, childHeight);
-        // Writers sort keys, so the end is almost always the right place.
-        // try_emplace leaves `value` alone when the key is a duplicate: the
-        // later entry wins.
-        const std::size_t before = entries.size();
-        auto it = entries.try_emplace(entries.end(), std::move(name), std::move(value));
-        if (entries.size() == before) it->second = std::move(value);
+        // Writers sort keys, so appending at the end is the common case; a
+        // key out of order is searched for, and a later duplicate wins.
+        if (entries.empty() || entries.rbegin()->first < name)
+            entries.emplace_hint(entries.end(), std::move(name), std::move(value));
+        else
+            entries.insert_or_assign(std::move(name), std::move(value));
     }
     ++height;
     state_[ref] &= ~kInProgress;

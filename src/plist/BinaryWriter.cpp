@@ -9,12 +9,12 @@
 // widths that fit.
 
 #include "plist/BinaryFormat.h"
+#include "plist/BinaryIndexTable.h"
 #include "plist/BinaryUnicode.h"
 #include "plist/PropertyList.h"
 
 #include <algorithm>
 #include <new>
-#include <unordered_map>
 #include <vector>
 
 namespace plist {
@@ -45,12 +45,6 @@ struct ScalarKey {
     bool operator==(const ScalarKey&) const = default;
 };
 
-struct ScalarKeyHash {
-    std::size_t operator()(const ScalarKey& key) const
-    {
-        return std::hash<std::uint64_t>{}((key.bits * 0x9E3779B97F4A7C15ull) ^ key.kind);
-    }
-};
 
 // Growable output written through a raw pointer: callers reserve the most an
 // object can take, write, then commit the end.
@@ -135,22 +129,22 @@ private:
 
     std::uint32_t addString(const std::string& text, const Value* value)
     {
-        auto [it, inserted] = strings_.try_emplace(std::string_view(text), 0);
-        if (inserted) {
-            it->second = push(value, &text);
+        std::uint32_t& index = strings_.findOrAdd(text, hashText(text));
+        if (index == strings_.kEmpty) {
+            index = push(value, &text);
             estimate_ += 8 + text.size();
         }
-        return it->second;
+        return index;
     }
 
     std::uint32_t addScalar(const Value& value, ScalarKey key)
     {
-        auto [it, inserted] = scalars_.try_emplace(key, 0);
-        if (inserted) {
-            it->second = push(&value, nullptr);
+        std::uint32_t& index = scalars_.findOrAdd(key, mixBits(key.bits ^ mixBits(key.kind)));
+        if (index == scalars_.kEmpty) {
+            index = push(&value, nullptr);
             estimate_ += 12;
         }
-        return it->second;
+        return index;
     }
 
     std::uint32_t add(const Value& value, int depth, int& height)
@@ -168,12 +162,12 @@ private:
         case Type::String: return addString(value.string(), &value);
         case Type::Data: {
             const std::string& bytes = value.dataBytes();
-            auto [it, inserted] = data_.try_emplace(std::string_view(bytes), 0);
-            if (inserted) {
-                it->second = push(&value, nullptr);
+            std::uint32_t& index = data_.findOrAdd(bytes, hashText(bytes));
+            if (index == data_.kEmpty) {
+                index = push(&value, nullptr);
                 estimate_ += 8 + bytes.size();
             }
-            return it->second;
+            return index;
         }
         case Type::Array:
         case Type::Dictionary: return addContainer(value, depth, height);
@@ -183,21 +177,22 @@ private:
 
     std::uint32_t addContainer(const Value& value, int depth, int& height)
     {
-        auto [it, inserted] = containers_.try_emplace(value.payloadIdentity(), 0);
-        if (!inserted) {
-            const Object& seen = objects_[it->second];
+        const void* identity = value.payloadIdentity();
+        std::uint32_t& known = containers_.findOrAdd(identity, mixBits(reinterpret_cast<std::uintptr_t>(identity)));
+        if (known != containers_.kEmpty) {
+            const Object& seen = objects_[known];
             if (seen.open) fail("a container contains itself");
             height = seen.height;
             if (depth + height > kMaxNestingDepth) fail(nestingError());
-            return it->second;
+            return known;
         }
         if (depth >= kMaxNestingDepth) fail(nestingError());
         const std::uint32_t index = push(&value, nullptr);
-        it->second = index;
+        known = index;
         objects_[index].open = true;
 
         const bool isArray = value.isArray();
-        const std::size_t refCount = isArray ? value.size() : 2 * value.size();
+        const std::size_t refCount = isArray ? value.array().size() : 2 * value.dictionary().size();
         const std::size_t firstRef = refs_.size();
         if (firstRef + refCount > UINT32_MAX) fail("too many references for one property list");
         objects_[index].firstRef = static_cast<std::uint32_t>(firstRef);
@@ -334,7 +329,7 @@ private:
     void writeContainer(const Value& value, std::uint32_t firstRef)
     {
         const bool isArray = value.isArray();
-        const std::size_t count = value.size();
+        const std::size_t count = isArray ? value.array().size() : value.dictionary().size();
         const std::size_t refCount = isArray ? count : 2 * count;
         unsigned char* p = out_.reserve(kHeadroom + refCount * refSize_);
         p = writeMarker(p, isArray ? kArray : kDictionary, count);
@@ -360,10 +355,10 @@ private:
 
     std::vector<Object> objects_;
     std::vector<std::uint32_t> refs_;
-    std::unordered_map<std::string_view, std::uint32_t> strings_;
-    std::unordered_map<std::string_view, std::uint32_t> data_;
-    std::unordered_map<ScalarKey, std::uint32_t, ScalarKeyHash> scalars_;
-    std::unordered_map<const void*, std::uint32_t> containers_;
+    IndexTable<std::string_view> strings_;
+    IndexTable<std::string_view> data_;
+    IndexTable<ScalarKey> scalars_;
+    IndexTable<const void*> containers_;
     std::size_t estimate_ = 0;  // likely output size (ASCII text, 2-byte refs), to allocate once
     unsigned refSize_ = 1;
     Output out_;

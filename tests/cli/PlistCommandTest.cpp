@@ -1,4 +1,4 @@
-#include "cli/Command.h"
+#include "../support/CliRunner.h"
 #include "plist/PropertyList.h"
 
 #include <QFile>
@@ -8,23 +8,6 @@
 #include <gtest/gtest.h>
 
 namespace {
-
-struct CliResult {
-    int code;
-    QString out;
-    QString err;
-};
-
-CliResult runCli(const QStringList& args)
-{
-    QString out, err;
-    QTextStream outStream(&out), errStream(&err);
-    cli::Streams io{outStream, errStream};
-    const int code = cli::runCommandLine(args, io);
-    outStream.flush();
-    errStream.flush();
-    return {code, out, err};
-}
 
 QString writeFile(const QTemporaryDir& dir, const QString& name, const QByteArray& bytes)
 {

@@ -1,0 +1,52 @@
+// velloran-bench: Google Benchmark's main, plus the tools the bench files
+// register (see BenchTools.h).
+
+#include "BenchTools.h"
+
+#include <benchmark/benchmark.h>
+
+#include <cstdio>
+#include <map>
+#include <string>
+
+namespace bench {
+namespace {
+
+struct Tool {
+    const char* usage;
+    ToolFunction function;
+};
+
+std::map<std::string, Tool>& tools()
+{
+    static std::map<std::string, Tool> registry;
+    return registry;
+}
+
+}  // namespace
+
+bool registerTool(const char* name, const char* usage, ToolFunction function)
+{
+    tools()[name] = Tool{usage, function};
+    return true;
+}
+
+}  // namespace bench
+
+int main(int argc, char** argv)
+{
+    if (argc >= 2) {
+        const std::string first = argv[1];
+        auto tool = bench::tools().find(first);
+        if (tool != bench::tools().end()) return tool->second.function(argc - 2, argv + 2);
+        if (first == "--tools") {
+            for (const auto& [name, entry] : bench::tools()) std::printf("%s %s\n", name.c_str(), entry.usage);
+            return 0;
+        }
+    }
+    benchmark::Initialize(&argc, argv);
+    if (benchmark::ReportUnrecognizedArguments(argc, argv)) return 2;
+    benchmark::RunSpecifiedBenchmarks();
+    benchmark::Shutdown();
+    return 0;
+}

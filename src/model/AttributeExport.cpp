@@ -1,0 +1,147 @@
+// An attribute's value in the forms other parts take it in: pushed into the
+// component's renderer, and written into the exported composition as port
+// values, timeline key points and multiplexer sources.
+
+#include "model/Attribute.h"
+#include "model/QuartzComponent.h"
+#include "model/RichFontValue.h"
+#include "quartz/QuartzComposition.h"
+
+#include <QFont>
+
+namespace model {
+
+using plist::Value;
+
+namespace {
+
+QString sizeKeyForFontKey(const QString& key)
+{
+    QString sizeKey = key;
+    return sizeKey.replace(QLatin1String("Font_Name"), QLatin1String("Font_Size"));
+}
+
+Value fileValue(const QVariant& v) { return QuartzComposition::quartzValueForObject(v); }
+
+}  // namespace
+
+void Attribute::pushValueToRenderer() const
+{
+    QuartzComponent* owner = component();
+    if (!owner || !quartzAttribute()) return;
+    const QVariant value = currentValue();
+    switch (type()) {
+    case kTypeFont: {
+        const QFont font = value.value<QFont>();
+        owner->setRendererInputValue(key(), font.family());
+        owner->setRendererInputValue(sizeKeyForFontKey(key()), float(font.pointSizeF()));
+        break;
+    }
+    case kTypeRichFont: {
+        const QVariantMap members = value.value<RichFontValue>().renderAttributes();
+        for (auto it = members.begin(); it != members.end(); ++it) owner->setRendererInputValue(it.key(), it.value());
+        break;
+    }
+    default: owner->setRendererInputValue(key(), value); break;
+    }
+}
+
+Value Attribute::quartzValues() const
+{
+    Value result = Value::emptyDictionary();
+    if (animateable() && animationPossible()) {
+        result.set(key().toStdString(), keyFrameInformation());
+        return result;
+    }
+    const QVariant value = currentValue();
+    if (type() == kTypeFont) {
+        const QFont font = value.value<QFont>();
+        result.set(key().toStdString(), font.family().toStdString());
+        result.set(sizeKeyForFontKey(key()).toStdString(), Value::singleReal(float(font.pointSizeF())));
+        return result;
+    }
+    if (type() == kTypeRichFont) return value.value<RichFontValue>().quartzValues();
+    if (!value.isValid()) return result;
+    result.set(key().toStdString(), fileValue(value));
+    return result;
+}
+
+Value Attribute::keyFrameInfo(double time, const Value& value, double lc, double rc)
+{
+    Value kf = Value::emptyDictionary();
+    kf.set("time", Value::singleReal(float(time)));
+    if (!value.isNull()) kf.set("value", value);
+    Value left = Value::emptyDictionary();
+    left.set("time", lc);
+    left.set("value", 0);
+    Value right = Value::emptyDictionary();
+    right.set("time", rc);
+    right.set("value", 0);
+    Value point = Value::emptyDictionary();
+    point.set("kf", std::move(kf));
+    point.set("lc", std::move(left));
+    point.set("rc", std::move(right));
+    point.set("fixedControls", true);
+    return point;
+}
+
+plist::Value Attribute::keyFrameInformation() const
+{
+    const QList<float> keys = sortedKeyFrames();
+    plist::Array points;
+    // Smooth curves: control points at half the distance to the neighbours.
+    auto smooth = [&](plist::Array& out, auto valueAt) {
+        double previous = 0.0;
+        for (int i = 0; i < keys.size(); ++i) {
+            const double time = keys[i];
+            const double next = i + 1 < keys.size() ? double(keys[i + 1]) : 0.0;
+            const double lc = previous != time ? (previous - time) * 0.5 : 0.0;
+            const double rc = next > 0 ? (next - time) * 0.5 : 0.0;
+            out.push_back(keyFrameInfo(time, valueAt(time), lc, rc));
+            previous = time;
+        }
+    };
+    const int t = type();
+    if (t == kTypeNumber) {
+        if (!keys.isEmpty() && keys.first() > 0)
+            points.push_back(keyFrameInfo(0.0, fileValue(marginAdjustedValueForTimepoint(keys.first())), 0, 0));
+        smooth(points, [&](double time) { return fileValue(marginAdjustedValueForTimepoint(time)); });
+    } else if (t == kTypeColor) {
+        // One curve per channel; alpha is not animated in the export. The
+        // extra point at time 0 is never added here.
+        for (const char* channel : {"red", "green", "blue"}) {
+            plist::Array curve;
+            smooth(curve, [&](double time) { return fileValue(marginAdjustedValueForTimepoint(time)).value(channel); });
+            points.push_back(Value(std::move(curve)));
+        }
+    } else if (t == kTypeIndex || t == kTypeIndexMenu) {
+        // A stepped curve on the values themselves.
+        Value previous;
+        for (float time : keys) {
+            const Value v = fileValue(marginAdjustedValueForTimepoint(time));
+            if (points.empty()) points.push_back(keyFrameInfo(0.0, v, 0, 0));
+            if (v != previous) points.push_back(keyFrameInfo(time, previous, 0, 0));
+            points.push_back(keyFrameInfo(time, v, 0, 0));
+            previous = v;
+        }
+    } else {
+        // A stepped curve of indices into keyFrameValuesForMultiplexer.
+        for (int n = 0; n < keys.size(); ++n) {
+            if (n == 0) points.push_back(keyFrameInfo(0.0, Value(0), 0, 0));
+            if (n > 0) points.push_back(keyFrameInfo(keys[n], Value(n - 1), 0, 0));
+            points.push_back(keyFrameInfo(keys[n], Value(n), 0, 0));
+        }
+    }
+    return Value(std::move(points));
+}
+
+plist::Array Attribute::keyFrameValuesForMultiplexer() const
+{
+    plist::Array values;
+    const int t = type();
+    if (t == kTypeNumber || t == kTypeColor || t == kTypeIndex || t == kTypeIndexMenu) return values;
+    for (float time : sortedKeyFrames()) values.push_back(fileValue(marginAdjustedValueForTimepoint(time)));
+    return values;
+}
+
+}  // namespace model

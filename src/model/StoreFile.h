@@ -1,0 +1,39 @@
+#pragma once
+// The document's object store on disk ("data.xml"): a versioned XML file of
+// objects with stable ids, their stored values and their relationships.
+// Reading builds a new store and hands it over only when the whole file was
+// understood, so a damaged file never leaves a half-loaded composition.
+
+#include "model/ObjectStore.h"
+
+#include <QByteArray>
+#include <QString>
+#include <QStringList>
+
+#include <memory>
+
+namespace model {
+
+class Composition;
+
+struct LoadedStore {
+    std::unique_ptr<ObjectStore> store;  // null on failure
+    Composition* composition = nullptr;
+    QStringList warnings;  // things kept out of the model, e.g. unknown stored keys
+    QString error;         // what went wrong and where
+    explicit operator bool() const { return store != nullptr; }
+};
+
+class StoreFile {
+public:
+    static constexpr int kVersion = 1;
+
+    static QByteArray write(const ObjectStore& store);
+    // Writes a temporary file beside the target and renames it over the old one.
+    static bool writeToFile(const ObjectStore& store, const QString& path, QString* error = nullptr);
+
+    static LoadedStore read(const QByteArray& bytes);
+    static LoadedStore readFile(const QString& path);
+};
+
+}  // namespace model

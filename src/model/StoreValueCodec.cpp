@@ -1,0 +1,323 @@
+#include "model/StoreValueCodec.h"
+
+#include "model/KeyframeValues.h"
+#include "model/RichFontValue.h"
+
+#include <QBuffer>
+#include <QColor>
+#include <QFont>
+#include <QImage>
+#include <QUrl>
+
+#include <charconv>
+
+namespace model::storecodec {
+
+namespace {
+
+QString shortest(double d)
+{
+    char buffer[64];
+    auto r = std::to_chars(buffer, buffer + sizeof buffer, d);
+    return QString::fromLatin1(buffer, int(r.ptr - buffer));
+}
+
+// Colour channels are 16-bit fractions: six significant digits read back to
+// the same channel value, and keep files of animated colours small.
+QString channel(double c) { return QString::number(c, 'g', 6); }
+
+QString shortest(float f)
+{
+    char buffer[64];
+    auto r = std::to_chars(buffer, buffer + sizeof buffer, f);
+    return QString::fromLatin1(buffer, int(r.ptr - buffer));
+}
+
+template <class T> bool parseNumber(const QString& text, T& out)
+{
+    const QByteArray latin = text.trimmed().toLatin1();
+    auto r = std::from_chars(latin.constData(), latin.constData() + latin.size(), out);
+    return r.ec == std::errc() && r.ptr == latin.constData() + latin.size() && !latin.isEmpty();
+}
+
+void writeTyped(QXmlStreamWriter& xml, const QString& element, const QXmlStreamAttributes& extra, const QString& type,
+                const QString& text)
+{
+    xml.writeStartElement(element);
+    xml.writeAttributes(extra);
+    xml.writeAttribute(QStringLiteral("type"), type);
+    if (!text.isEmpty()) xml.writeCharacters(text);
+    xml.writeEndElement();
+}
+
+QString pngBase64(const QImage& image)
+{
+    QByteArray bytes;
+    QBuffer buffer(&bytes);
+    buffer.open(QIODevice::WriteOnly);
+    image.save(&buffer, "PNG");
+    return QString::fromLatin1(bytes.toBase64());
+}
+
+// Keyframe tables of plain numbers or colours (nearly all of them) are
+// written as one run of numbers: "time value time value ..." or
+// "time r g b a ...". Large animated templates stay small and fast to read.
+bool writeCompactKeyframes(QXmlStreamWriter& xml, const KeyframeValues& keyframes, const QString& element,
+                           const QXmlStreamAttributes& extra)
+{
+    if (keyframes.isEmpty()) return false;
+    const int kind = keyframes.first().metaType().id();
+    if (kind != QMetaType::Float && kind != QMetaType::QColor) return false;
+    for (const QVariant& v : keyframes)
+        if (v.metaType().id() != kind) return false;
+    QStringList numbers;
+    numbers.reserve(keyframes.size() * (kind == QMetaType::Float ? 2 : 5));
+    for (auto it = keyframes.begin(); it != keyframes.end(); ++it) {
+        numbers.append(shortest(it.key()));
+        if (kind == QMetaType::Float) {
+            numbers.append(shortest(it.value().toFloat()));
+        } else {
+            const QColor c = it.value().value<QColor>().toRgb();
+            numbers << channel(c.redF()) << channel(c.greenF()) << channel(c.blueF()) << channel(c.alphaF());
+        }
+    }
+    writeTyped(xml, element, extra, kind == QMetaType::Float ? QStringLiteral("float-keyframes") : QStringLiteral("color-keyframes"),
+               numbers.join(QLatin1Char(' ')));
+    return true;
+}
+
+bool readCompactKeyframes(const QString& text, bool colours, KeyframeValues& out)
+{
+    const QStringList parts = text.split(QLatin1Char(' '), Qt::SkipEmptyParts);
+    const int stride = colours ? 5 : 2;
+    if (parts.size() % stride != 0) return false;
+    for (int i = 0; i < parts.size(); i += stride) {
+        float time;
+        if (!parseNumber(parts[i], time)) return false;
+        if (!colours) {
+            float v;
+            if (!parseNumber(parts[i + 1], v)) return false;
+            out.insert(time, v);
+            continue;
+        }
+        double c[4];
+        for (int k = 0; k < 4; ++k)
+            if (!parseNumber(parts[i + 1 + k], c[k]) || c[k] < 0 || c[k] > 1) return false;
+        out.insert(time, QColor::fromRgbF(float(c[0]), float(c[1]), float(c[2]), float(c[3])));
+    }
+    return true;
+}
+
+}  // namespace
+
+void writeValue(QXmlStreamWriter& xml, const QVariant& value, const QString& element, const QXmlStreamAttributes& extra)
+{
+    const int id = value.metaType().id();
+    if (!value.isValid() || (value.isNull() && id != QMetaType::QString && id != QMetaType::QByteArray)) {
+        writeTyped(xml, element, extra, QStringLiteral("null"), {});
+        return;
+    }
+    if (value.metaType() == QMetaType::fromType<KeyframeValues>()) {
+        if (writeCompactKeyframes(xml, value.value<KeyframeValues>(), element, extra)) return;
+        xml.writeStartElement(element);
+        xml.writeAttributes(extra);
+        xml.writeAttribute(QStringLiteral("type"), QStringLiteral("keyframes"));
+        const KeyframeValues keyframes = value.value<KeyframeValues>();
+        for (auto it = keyframes.begin(); it != keyframes.end(); ++it) {
+            QXmlStreamAttributes time;
+            time.append(QStringLiteral("time"), shortest(it.key()));
+            writeValue(xml, it.value(), QStringLiteral("value"), time);
+        }
+        xml.writeEndElement();
+        return;
+    }
+    if (value.metaType() == QMetaType::fromType<RichFontValue>()) {
+        xml.writeStartElement(element);
+        xml.writeAttributes(extra);
+        xml.writeAttribute(QStringLiteral("type"), QStringLiteral("richfont"));
+        writeValue(xml, value.value<RichFontValue>().toMap());
+        xml.writeEndElement();
+        return;
+    }
+    switch (id) {
+    case QMetaType::Bool: writeTyped(xml, element, extra, QStringLiteral("bool"), value.toBool() ? QStringLiteral("true") : QStringLiteral("false")); return;
+    case QMetaType::Int:
+    case QMetaType::Long:
+    case QMetaType::LongLong:
+    case QMetaType::Short: writeTyped(xml, element, extra, QStringLiteral("int"), QString::number(value.toLongLong())); return;
+    case QMetaType::UInt:
+    case QMetaType::ULong:
+    case QMetaType::ULongLong:
+    case QMetaType::UShort: writeTyped(xml, element, extra, QStringLiteral("uint"), QString::number(value.toULongLong())); return;
+    case QMetaType::Double: writeTyped(xml, element, extra, QStringLiteral("double"), shortest(value.toDouble())); return;
+    case QMetaType::Float: writeTyped(xml, element, extra, QStringLiteral("float"), shortest(value.toFloat())); return;
+    case QMetaType::QString: writeTyped(xml, element, extra, QStringLiteral("string"), value.toString()); return;
+    case QMetaType::QByteArray: writeTyped(xml, element, extra, QStringLiteral("data"), QString::fromLatin1(value.toByteArray().toBase64())); return;
+    case QMetaType::QUrl: writeTyped(xml, element, extra, QStringLiteral("url"), value.toUrl().toString()); return;
+    case QMetaType::QColor: {
+        const QColor c = value.value<QColor>().toRgb();
+        writeTyped(xml, element, extra, QStringLiteral("color"),
+                   QStringList{channel(c.redF()), channel(c.greenF()), channel(c.blueF()), channel(c.alphaF())}.join(QLatin1Char(' ')));
+        return;
+    }
+    case QMetaType::QImage: writeTyped(xml, element, extra, QStringLiteral("image"), pngBase64(value.value<QImage>())); return;
+    case QMetaType::QFont: {
+        const QFont f = value.value<QFont>();
+        xml.writeStartElement(element);
+        xml.writeAttributes(extra);
+        xml.writeAttribute(QStringLiteral("type"), QStringLiteral("font"));
+        xml.writeAttribute(QStringLiteral("family"), f.family());
+        xml.writeAttribute(QStringLiteral("style"), f.styleName());
+        xml.writeAttribute(QStringLiteral("size"), shortest(f.pointSizeF()));
+        xml.writeAttribute(QStringLiteral("bold"), f.bold() ? QStringLiteral("true") : QStringLiteral("false"));
+        xml.writeAttribute(QStringLiteral("italic"), f.italic() ? QStringLiteral("true") : QStringLiteral("false"));
+        xml.writeEndElement();
+        return;
+    }
+    case QMetaType::QStringList:
+    case QMetaType::QVariantList: {
+        xml.writeStartElement(element);
+        xml.writeAttributes(extra);
+        xml.writeAttribute(QStringLiteral("type"), id == QMetaType::QStringList ? QStringLiteral("strings") : QStringLiteral("list"));
+        for (const QVariant& item : value.toList()) writeValue(xml, item);
+        xml.writeEndElement();
+        return;
+    }
+    case QMetaType::QVariantMap: {
+        xml.writeStartElement(element);
+        xml.writeAttributes(extra);
+        xml.writeAttribute(QStringLiteral("type"), QStringLiteral("map"));
+        const QVariantMap map = value.toMap();
+        for (auto it = map.begin(); it != map.end(); ++it) {
+            QXmlStreamAttributes key;
+            key.append(QStringLiteral("key"), it.key());
+            writeValue(xml, it.value(), QStringLiteral("value"), key);
+        }
+        xml.writeEndElement();
+        return;
+    }
+    default:
+        // Anything else that has a text form keeps it; nothing is dropped silently.
+        writeTyped(xml, element, extra, QStringLiteral("string"), value.toString());
+        return;
+    }
+}
+
+namespace {
+
+bool readChildren(QXmlStreamReader& xml, QString& error, const std::function<bool(const QXmlStreamAttributes&, const QVariant&)>& take)
+{
+    while (xml.readNextStartElement()) {
+        const QXmlStreamAttributes attributes = xml.attributes();
+        QVariant child;
+        if (!readValue(xml, child, error)) return false;
+        if (!take(attributes, child)) return false;
+    }
+    return !xml.hasError();
+}
+
+}  // namespace
+
+bool readValue(QXmlStreamReader& xml, QVariant& value, QString& error)
+{
+    const QString type = xml.attributes().value(QLatin1String("type")).toString();
+    auto fail = [&](const QString& message) {
+        error = QStringLiteral("line %1: %2").arg(xml.lineNumber()).arg(message);
+        return false;
+    };
+    if (type == QLatin1String("keyframes")) {
+        KeyframeValues keyframes;
+        const bool ok = readChildren(xml, error, [&](const QXmlStreamAttributes& a, const QVariant& v) {
+            float time = 0;
+            if (!parseNumber(a.value(QLatin1String("time")).toString(), time)) return fail(QStringLiteral("a keyframe without a valid time"));
+            keyframes.insert(time, v);
+            return true;
+        });
+        value = QVariant::fromValue(keyframes);
+        return ok;
+    }
+    if (type == QLatin1String("list") || type == QLatin1String("strings")) {
+        QVariantList list;
+        const bool ok = readChildren(xml, error, [&](const QXmlStreamAttributes&, const QVariant& v) {
+            list.append(v);
+            return true;
+        });
+        value = type == QLatin1String("strings") ? QVariant(QVariant(list).toStringList()) : QVariant(list);
+        return ok;
+    }
+    if (type == QLatin1String("map") || type == QLatin1String("richfont")) {
+        QVariantMap map;
+        QVariant inner;
+        const bool ok = readChildren(xml, error, [&](const QXmlStreamAttributes& a, const QVariant& v) {
+            if (type == QLatin1String("richfont")) inner = v;
+            else map.insert(a.value(QLatin1String("key")).toString(), v);
+            return true;
+        });
+        value = type == QLatin1String("map") ? QVariant(map) : QVariant::fromValue(RichFontValue::fromMap(inner.toMap()));
+        return ok;
+    }
+    if (type == QLatin1String("font")) {
+        const QXmlStreamAttributes a = xml.attributes();
+        QFont font(a.value(QLatin1String("family")).toString());
+        const QString style = a.value(QLatin1String("style")).toString();
+        if (!style.isEmpty()) font.setStyleName(style);
+        double size = 0;
+        if (parseNumber(a.value(QLatin1String("size")).toString(), size) && size > 0) font.setPointSizeF(size);
+        font.setBold(a.value(QLatin1String("bold")) == QLatin1String("true"));
+        font.setItalic(a.value(QLatin1String("italic")) == QLatin1String("true"));
+        xml.skipCurrentElement();
+        value = font;
+        return !xml.hasError();
+    }
+    const QString text = xml.readElementText();
+    if (xml.hasError()) return false;
+    if (type == QLatin1String("null")) {
+        value = QVariant();
+    } else if (type == QLatin1String("bool")) {
+        if (text != QLatin1String("true") && text != QLatin1String("false")) return fail(QStringLiteral("invalid boolean \"%1\"").arg(text));
+        value = text == QLatin1String("true");
+    } else if (type == QLatin1String("int")) {
+        qlonglong i;
+        if (!parseNumber(text, i)) return fail(QStringLiteral("invalid integer \"%1\"").arg(text));
+        value = i;
+    } else if (type == QLatin1String("uint")) {
+        qulonglong u;
+        if (!parseNumber(text, u)) return fail(QStringLiteral("invalid integer \"%1\"").arg(text));
+        value = u;
+    } else if (type == QLatin1String("double")) {
+        double d;
+        if (!parseNumber(text, d)) return fail(QStringLiteral("invalid number \"%1\"").arg(text));
+        value = d;
+    } else if (type == QLatin1String("float")) {
+        float f;
+        if (!parseNumber(text, f)) return fail(QStringLiteral("invalid number \"%1\"").arg(text));
+        value = f;
+    } else if (type == QLatin1String("string")) {
+        value = text;
+    } else if (type == QLatin1String("data")) {
+        value = QByteArray::fromBase64(text.toLatin1());
+    } else if (type == QLatin1String("url")) {
+        value = QUrl(text);
+    } else if (type == QLatin1String("color")) {
+        const QStringList parts = text.split(QLatin1Char(' '), Qt::SkipEmptyParts);
+        double c[4];
+        if (parts.size() != 4) return fail(QStringLiteral("a colour needs four components"));
+        for (int i = 0; i < 4; ++i)
+            if (!parseNumber(parts[i], c[i]) || c[i] < 0 || c[i] > 1) return fail(QStringLiteral("invalid colour \"%1\"").arg(text));
+        value = QColor::fromRgbF(float(c[0]), float(c[1]), float(c[2]), float(c[3]));
+    } else if (type == QLatin1String("float-keyframes") || type == QLatin1String("color-keyframes")) {
+        KeyframeValues keyframes;
+        if (!readCompactKeyframes(text, type == QLatin1String("color-keyframes"), keyframes))
+            return fail(QStringLiteral("invalid keyframe numbers"));
+        value = QVariant::fromValue(keyframes);
+    } else if (type == QLatin1String("image")) {
+        QImage image;
+        if (!image.loadFromData(QByteArray::fromBase64(text.toLatin1()), "PNG")) return fail(QStringLiteral("an image that is not PNG data"));
+        value = image;
+    } else {
+        return fail(QStringLiteral("unknown value type \"%1\"").arg(type));
+    }
+    return true;
+}
+
+}  // namespace model::storecodec

@@ -1,0 +1,20 @@
+#pragma once
+// Lossless text forms of the values the store holds: scalars, strings,
+// colours, images (PNG), fonts, keyframe tables, rich fonts and nested
+// lists and maps. Each value is one <value type="..."> element.
+
+#include <QVariant>
+#include <QXmlStreamReader>
+#include <QXmlStreamWriter>
+
+namespace model::storecodec {
+
+void writeValue(QXmlStreamWriter& xml, const QVariant& value, const QString& element = QStringLiteral("value"),
+                const QXmlStreamAttributes& extra = {});
+
+// Reads the value of the element the reader stands on (a start element with
+// a "type" attribute) and leaves the reader on its end element. On failure
+// returns false with a message; the reader's own errors take precedence.
+bool readValue(QXmlStreamReader& xml, QVariant& value, QString& error);
+
+}  // namespace model::storecodec

@@ -1,0 +1,78 @@
+#pragma once
+// A map from a key to an object number for the binary writer, which looks
+// up every string, number and container it writes. Open addressing with
+// linear probing and a power-of-two size: several times faster here than
+// std::unordered_map, whose prime-modulo buckets and node chains dominated
+// the writer's time. Private to the plist module.
+
+#include <cstdint>
+#include <functional>
+#include <string_view>
+#include <vector>
+
+namespace plist::binary {
+
+inline std::uint64_t mixBits(std::uint64_t x)
+{
+    // splitmix64's finaliser: every input bit affects the low bits used
+    // for the slot.
+    x ^= x >> 30;
+    x *= 0xBF58476D1CE4E5B9ull;
+    x ^= x >> 27;
+    x *= 0x94D049BB133111EBull;
+    x ^= x >> 31;
+    return x;
+}
+
+inline std::uint64_t hashText(std::string_view text)
+{
+    return mixBits(std::hash<std::string_view>{}(text));
+}
+
+template <class Key> class IndexTable {
+public:
+    static constexpr std::uint32_t kEmpty = UINT32_MAX;
+
+    // The object number stored for the key, or kEmpty in a new slot that the
+    // caller must set before the next call.
+    std::uint32_t& findOrAdd(const Key& key, std::uint64_t hash)
+    {
+        if (2 * (count_ + 1) > slots_.size()) grow();
+        const std::size_t mask = slots_.size() - 1;
+        for (std::size_t i = hash & mask;; i = (i + 1) & mask) {
+            Slot& slot = slots_[i];
+            if (slot.index == kEmpty) {
+                slot.hash = hash;
+                slot.key = key;
+                ++count_;
+                return slot.index;
+            }
+            if (slot.hash == hash && slot.key == key) return slot.index;
+        }
+    }
+
+private:
+    struct Slot {
+        std::uint64_t hash = 0;
+        Key key{};
+        std::uint32_t index = kEmpty;
+    };
+
+    void grow()
+    {
+        std::vector<Slot> old(slots_.empty() ? 256 : slots_.size() * 2);
+        old.swap(slots_);
+        const std::size_t mask = slots_.size() - 1;
+        for (const Slot& slot : old) {
+            if (slot.index == kEmpty) continue;
+            std::size_t i = slot.hash & mask;
+            while (slots_[i].index != kEmpty) i = (i + 1) & mask;
+            slots_[i] = slot;
+        }
+    }
+
+    std::vector<Slot> slots_;
+    std::size_t count_ = 0;
+};
+
+}  // namespace plist::binary

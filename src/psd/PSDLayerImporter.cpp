@@ -1,0 +1,111 @@
+#include "psd/PSDLayerImporter.h"
+
+#include <QFile>
+#include <QFileInfo>
+#include <QPainter>
+
+namespace psd {
+
+PSDLayer::PSDLayer(QImage image, QString name, QPointF origin, double opacity, bool visible)
+    : image_(std::move(image)), name_(std::move(name)), origin_(origin), opacity_(opacity), visible_(visible)
+{
+}
+
+QString PSDLayer::description() const
+{
+    return QStringLiteral("<PSDLayer: %1> name: %2, origin: {%3, %4}, opacity: %5 is visible: %6")
+        .arg(quintptr(this), 0, 16)
+        .arg(name_)
+        .arg(origin_.x())
+        .arg(origin_.y())
+        .arg(opacity_, 4, 'f', 2)
+        .arg(visible_ ? QStringLiteral("Yes") : QStringLiteral("No"));
+}
+
+std::optional<PSDLayerImporter> PSDLayerImporter::fromPath(const QString& path, bool flippedCoordinates,
+                                                           std::string* error)
+{
+    const QFileInfo info(path);
+    if (!info.exists() || info.isDir()) {
+        if (error) *error = path.toStdString() + (info.isDir() ? " is a folder" : " does not exist");
+        return std::nullopt;
+    }
+    QFile file(path);
+    if (!file.open(QIODevice::ReadOnly)) {
+        if (error) *error = "cannot open " + path.toStdString() + ": " + file.errorString().toStdString();
+        return std::nullopt;
+    }
+    const QByteArray data = file.readAll();
+    auto importer = fromData(data, flippedCoordinates, error);
+    if (importer) importer->path_ = path;
+    return importer;
+}
+
+std::optional<PSDLayerImporter> PSDLayerImporter::fromData(QByteArrayView data, bool flippedCoordinates,
+                                                           std::string* error)
+{
+    if (data.isEmpty()) {
+        if (error) *error = "no data";
+        return std::nullopt;
+    }
+    PSDLayerImporter importer(flippedCoordinates);
+    if (!importer.loadPSDFromData(data, error)) return std::nullopt;
+    return importer;
+}
+
+bool PSDLayerImporter::loadPSDFromData(QByteArrayView data, std::string* error)
+{
+    auto doc = decode(data, error);
+    if (!doc) return false;
+    imageSize_ = QSizeF(doc->width, doc->height);
+    merged_ = std::move(doc->composite);
+    layers_.clear();
+    for (Layer& layer : doc->layers) {
+        // Adjustment and other empty layers have nothing to show as an image component.
+        if (layer.bounds.isEmpty()) continue;
+        const QPointF origin = flipped_ ? QPointF(layer.bounds.topLeft())
+                                        : QPointF(layer.canvasX(), layer.canvasY(doc->height));
+        layers_.emplace_back(std::move(layer.image), layer.name, origin, layer.opacity, layer.shownInDocument());
+    }
+    return true;
+}
+
+QString PSDLayerImporter::filename() const { return QFileInfo(path_).completeBaseName(); }
+
+bool PSDLayerImporter::allLayersVisible() const
+{
+    for (const PSDLayer& layer : layers_)
+        if (!layer.visible()) return false;
+    return true;
+}
+
+QImage PSDLayerImporter::combinedImageOfVisibleLayers() const
+{
+    QImage combined(imageSize_.toSize(), QImage::Format_ARGB32_Premultiplied);
+    combined.fill(Qt::transparent);
+    QPainter painter(&combined);
+    for (auto it = layers_.rbegin(); it != layers_.rend(); ++it) {
+        if (!it->visible()) continue;
+        const QImage& image = it->image();
+        // QImage rows run down; unflipped origins count from the bottom.
+        const QPointF topLeft = flipped_ ? it->origin()
+                                         : QPointF(it->origin().x(), imageSize_.height() - it->origin().y() - image.height());
+        painter.setOpacity(it->opacity());
+        painter.drawImage(topLeft, image);
+    }
+    painter.end();
+    return combined;
+}
+
+QString PSDLayerImporter::description() const
+{
+    QStringList lines;
+    for (const PSDLayer& layer : layers_) lines.append(layer.description());
+    return QStringLiteral("<PSDLayerImporter: %1> path: %2, layer count: %3, layers:\n%4")
+        .arg(quintptr(this), 0, 16)
+        .arg(path_)
+        .arg(layerCount())
+        .arg(lines.join(QLatin1Char('\n')));
+}
+
+}  // namespace psd

@@ -1,0 +1,65 @@
+#pragma once
+// The drawing interface patches render through. The raster backend
+// implements it with QPainter; an OpenGL backend can implement the same
+// calls later without touching the patches.
+//
+// Geometry is in Quartz Composer units: the destination is 2 units wide
+// (x in −1…1), 2·h/w units high, origin at the centre, y up, z towards the
+// viewer. Quads are drawn in perspective with the eye on the z axis.
+
+#include "runtime/Image.h"
+#include "runtime/Value.h"
+
+#include <QMatrix4x4>
+#include <QRectF>
+#include <QSize>
+
+#include <memory>
+
+namespace runtime {
+
+// Quartz Composer's blending index: 0 Replace, 1 Over, 2 Add. Index 3 seen
+// in a few files has no known meaning and draws as Over.
+enum class BlendMode : std::uint8_t { Replace, Over, Add };
+BlendMode blendModeFromIndex(int index);
+
+// Distance of the eye from the z = 0 plane, in units: a 60° horizontal field
+// of view across the 2-unit-wide destination.
+inline constexpr double kEyeDistance = 1.7320508075688772;
+
+struct QuadDraw {
+    QMatrix4x4 transform;  // local units → destination units (3-D)
+    QRectF rect;           // the quad in local units (x, y, width, height; y up)
+    Image image;           // stretched over the quad; null draws a flat colour
+    Image mask;            // optional: its luminance × alpha scales coverage
+    Color color = Color::white();  // multiplies the image (or is the flat colour)
+    BlendMode blend = BlendMode::Over;
+    bool antialias = true;
+};
+
+class RenderTarget {
+public:
+    virtual ~RenderTarget() = default;
+    virtual QSize pixelSize() const = 0;
+    virtual void clear(const Color& color) = 0;
+    virtual void drawQuad(const QuadDraw& quad) = 0;
+    // The current content as an image value (shares pixels where it can).
+    virtual Image snapshot() const = 0;
+
+    // Units across the destination: 2 wide, 2·h/w high.
+    double unitsWide() const { return 2.0; }
+    double unitsHigh() const
+    {
+        const QSize s = pixelSize();
+        return s.width() > 0 ? 2.0 * s.height() / s.width() : 0.0;
+    }
+};
+
+class Backend {
+public:
+    virtual ~Backend() = default;
+    // An offscreen target for Render In Image, cleared to transparent.
+    virtual std::unique_ptr<RenderTarget> makeTarget(QSize pixelSize) = 0;
+};
+
+}  // namespace runtime

@@ -1,0 +1,35 @@
+#pragma once
+// Image operations in image space (pixels, y up) for the Core Image filter
+// patches. Each works on finite and infinite images alike; an infinite
+// input gives an infinite result that computes what is asked of it.
+
+#include "runtime/Image.h"
+#include "runtime/Value.h"
+
+#include <QPainter>
+#include <QTransform>
+
+#include <functional>
+
+namespace runtime {
+
+// The part of `image` inside `rect`.
+Image cropImage(const Image& image, const QRect& rect);
+// `transform` maps image-space points of the source to the result.
+Image transformImage(const Image& image, const QTransform& transform);
+// Gaussian blur with the given standard deviation in pixels; the extent
+// grows by three deviations on each side.
+Image blurImage(const Image& image, double sigma);
+// `top` composed onto `bottom` with a QPainter composition mode.
+Image composeImages(const Image& top, const Image& bottom, QPainter::CompositionMode mode);
+// Changes every pixel; `function` sees and returns straight (not
+// premultiplied) colours.
+Image mapColors(const Image& image, const std::function<Color(const Color&)>& function);
+
+// Generators (infinite images). `colorAt` gets an image-space point.
+Image generatedImage(const std::function<Color(double x, double y)>& colorAt);
+
+// Raster rows ↔ image space.
+QTransform rasterToImageSpace(const QRect& extent);
+
+}  // namespace runtime

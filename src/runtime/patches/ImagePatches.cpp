@@ -1,0 +1,155 @@
+// Image sources and measures: Image Importer, Image Dimensions, Rendering
+// Destination Dimensions (QCScreenInfo), Video Input.
+
+#include "runtime/CompositionResources.h"
+#include "runtime/ExecutionContext.h"
+#include "runtime/RendererServices.h"
+#include "runtime/patches/PatchFamilies.h"
+
+#include <QDir>
+
+namespace runtime {
+
+namespace {
+
+// The image embedded in the file ("imageData"), decoded on first use and
+// shared by every renderer of the composition; or, without data, the file
+// at "imagePath" (relative to the composition's folder).
+class ImageLoaderPatch : public Patch {
+public:
+    explicit ImageLoaderPatch(const PatchSetup& setup)
+        : Patch(setup), data_(setup.state.value("imageData")), path_(stateString(setup, "imagePath")), resources_(setup.resources)
+    {
+        image_ = &addOutput(QStringLiteral("outputImage"), PortType::Image);
+    }
+    void execute(ExecutionContext& context, double) override
+    {
+        if (data_.isData() && resources_) {
+            const Image image = resources_->embeddedImage(data_);
+            if (image.isNull()) context.services().logOnce(QStringLiteral("%1: the embedded image cannot be decoded").arg(path()));
+            setOutput(*image_, image);
+            return;
+        }
+        if (path_.isEmpty()) return;
+        const QString file = QDir(context.services().compositionDirectory).absoluteFilePath(path_);
+        QImage pixels(file);
+        if (pixels.isNull()) context.services().logOnce(QStringLiteral("%1: cannot read image %2").arg(path(), file));
+        setOutput(*image_, Image::fromRaster(pixels));
+    }
+
+private:
+    plist::Value data_;
+    QString path_;
+    const CompositionResources* resources_;
+    OutputPort* image_;
+};
+
+double destinationWidth(ExecutionContext& context)
+{
+    return context.target() ? context.target()->pixelSize().width() : 640;
+}
+
+class ImageDimensionsPatch : public Patch {
+public:
+    explicit ImageDimensionsPatch(const PatchSetup& setup) : Patch(setup)
+    {
+        image_ = &addInput(QStringLiteral("inputImage"), PortType::Image);
+        width_ = &addOutput(QStringLiteral("outputWidth"), PortType::Number);
+        height_ = &addOutput(QStringLiteral("outputHeight"), PortType::Number);
+        ratio_ = &addOutput(QStringLiteral("outputRatio"), PortType::Number);
+        pixelsWide_ = &addOutput(QStringLiteral("outputPixelsWide"), PortType::Index);
+        pixelsHigh_ = &addOutput(QStringLiteral("outputPixelsHigh"), PortType::Index);
+    }
+    // Unit sizes follow the destination's width, which is not a port.
+    TimeMode timeMode() const override { return TimeMode::Idle; }
+    void execute(ExecutionContext& context, double) override
+    {
+        const QSize size = image_->value.toImage().pixelSize();
+        const double unitsPerPixel = 2.0 / destinationWidth(context);
+        setOutput(*width_, size.width() * unitsPerPixel);
+        setOutput(*height_, size.height() * unitsPerPixel);
+        setOutput(*ratio_, size.height() > 0 ? double(size.width()) / size.height() : 0.0);
+        setOutput(*pixelsWide_, size.width());
+        setOutput(*pixelsHigh_, size.height());
+    }
+
+private:
+    InputPort* image_;
+    OutputPort* width_;
+    OutputPort* height_;
+    OutputPort* ratio_;
+    OutputPort* pixelsWide_;
+    OutputPort* pixelsHigh_;
+};
+
+// "Rendering Destination Dimensions": the current destination (the
+// renderer's image, or a Render In Image's).
+class ScreenInfoPatch : public Patch {
+public:
+    explicit ScreenInfoPatch(const PatchSetup& setup) : Patch(setup)
+    {
+        width_ = &addOutput(QStringLiteral("outputWidth"), PortType::Number);
+        height_ = &addOutput(QStringLiteral("outputHeight"), PortType::Number);
+        pixelsWide_ = &addOutput(QStringLiteral("outputPixelsWide"), PortType::Index);
+        pixelsHigh_ = &addOutput(QStringLiteral("outputPixelsHigh"), PortType::Index);
+        ratio_ = &addOutput(QStringLiteral("outputRatio"), PortType::Number);
+        resolution_ = &addOutput(QStringLiteral("outputResolution"), PortType::Number);
+    }
+    TimeMode timeMode() const override { return TimeMode::Idle; }
+    void execute(ExecutionContext& context, double) override
+    {
+        const QSize size = context.target() ? context.target()->pixelSize() : QSize(640, 480);
+        setOutput(*width_, 2.0);
+        setOutput(*height_, size.width() > 0 ? 2.0 * size.height() / size.width() : 0.0);
+        setOutput(*pixelsWide_, size.width());
+        setOutput(*pixelsHigh_, size.height());
+        setOutput(*ratio_, size.height() > 0 ? double(size.width()) / size.height() : 0.0);
+        setOutput(*resolution_, 72.0);
+    }
+
+private:
+    OutputPort* width_;
+    OutputPort* height_;
+    OutputPort* pixelsWide_;
+    OutputPort* pixelsHigh_;
+    OutputPort* ratio_;
+    OutputPort* resolution_;
+};
+
+// There is no camera here: Video Input shows a poster image instead, taken
+// from the renderer's user information "videoInputPosterImage" (an image
+// or a file path), or nothing.
+class VideoInputPatch : public Patch {
+public:
+    explicit VideoInputPatch(const PatchSetup& setup) : Patch(setup)
+    {
+        addInput(QStringLiteral("inputCapture"), PortType::Boolean, true);
+        image_ = &addOutput(QStringLiteral("outputImage"), PortType::Image);
+    }
+    TimeMode timeMode() const override { return TimeMode::Idle; }
+    void execute(ExecutionContext& context, double) override
+    {
+        const QVariant poster = context.services().userInfo.value(QStringLiteral("videoInputPosterImage"));
+        if (poster == lastPoster_) return;
+        lastPoster_ = poster;
+        if (poster.typeId() == QMetaType::QImage) setOutput(*image_, Image::fromRaster(poster.value<QImage>()));
+        else if (poster.typeId() == QMetaType::QString) setOutput(*image_, Image::fromRaster(QImage(poster.toString())));
+        else setOutput(*image_, Value());
+    }
+
+private:
+    OutputPort* image_;
+    QVariant lastPoster_;
+};
+
+}  // namespace
+
+void registerImagePatches(PatchRegistry& registry)
+{
+    registry.add(QStringLiteral("QCImageLoader"), factoryOf<ImageLoaderPatch>());
+    registry.add(QStringLiteral("QCImageDimensions"), factoryOf<ImageDimensionsPatch>());
+    registry.add(QStringLiteral("QCScreenInfo"), factoryOf<ScreenInfoPatch>());
+    registry.add(QStringLiteral("QCVideoInput"), factoryOf<VideoInputPatch>());
+}
+
+}  // namespace runtime

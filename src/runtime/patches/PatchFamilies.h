@@ -1,0 +1,49 @@
+#pragma once
+// One registration function per patch family; each lives with its family.
+
+#include "runtime/PatchRegistry.h"
+
+namespace runtime {
+
+void registerMacroPatches(PatchRegistry& registry);      // QCPatch, Render In Image, Iterator, Camera
+void registerRenderingPatches(PatchRegistry& registry);  // Clear, Sprite, Billboard, Gradient, Line
+void registerValuePatches(PatchRegistry& registry);      // Splitter, Multiplexer, Demultiplexer, Sample & Hold
+void registerMathPatches(PatchRegistry& registry);       // Math, Expression, Round, Range, Random, ...
+void registerLogicPatches(PatchRegistry& registry);      // Logic, Conditional, Counter, Pulse
+void registerColorPatches(PatchRegistry& registry);      // Color From/To Components
+void registerTimePatches(PatchRegistry& registry);       // Patch Time, LFO, Interpolation, Timeline, clocks
+void registerTextPatches(PatchRegistry& registry);       // Image With String, string patches, formatters
+void registerImagePatches(PatchRegistry& registry);      // Image Importer, Dimensions, Screen Info, Video Input
+void registerImageFilterPatches(PatchRegistry& registry);  // QCImageFilter (Core Image filters)
+void registerStructurePatches(PatchRegistry& registry);  // Structure Member / Count
+void registerPlugInPatches(PatchRegistry& registry);     // QCPlugInPatch: our two plug-ins
+void registerScriptPatches(PatchRegistry& registry);     // JavaScript
+void registerGeometryPatches(PatchRegistry& registry);   // Anchor Position
+void registerDevicePatches(PatchRegistry& registry);     // Mouse, Keyboard (no devices while rendering)
+
+inline void registerAllPatches(PatchRegistry& registry)
+{
+    registerMacroPatches(registry);
+    registerRenderingPatches(registry);
+    registerValuePatches(registry);
+    registerMathPatches(registry);
+    registerLogicPatches(registry);
+    registerColorPatches(registry);
+    registerTimePatches(registry);
+    registerTextPatches(registry);
+    registerImagePatches(registry);
+    registerImageFilterPatches(registry);
+    registerStructurePatches(registry);
+    registerPlugInPatches(registry);
+    registerScriptPatches(registry);
+    registerGeometryPatches(registry);
+    registerDevicePatches(registry);
+}
+
+template <class T>
+PatchRegistry::Factory factoryOf()
+{
+    return [](const PatchSetup& setup) -> std::unique_ptr<Patch> { return std::make_unique<T>(setup); };
+}
+
+}  // namespace runtime
