@@ -138,6 +138,12 @@ public:
 
     QVariantMap compositionInfo() const;
 
+    // Maintenance. Both do nothing for a document never saved. The first
+    // returns the old paths; the second the copy orders {"source", "dest"}
+    // that the next save carries out, the attributes then naming bare files.
+    QStringList makePathsRelative();
+    QList<QVariantMap> embedResources();
+
 private:
     void commonSetup();
     void objectsChanged(const QList<ManagedObject*>& inserted, const QList<ManagedObject*>& deleted);

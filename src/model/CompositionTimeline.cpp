@@ -1,10 +1,14 @@
 // A composition's stop frames, guide rulers and info dictionary.
 
+#include "model/Attribute.h"
 #include "model/Composition.h"
 #include "model/ObjectStore.h"
+#include "model/PathUtilities.h"
 #include "model/QuartzComponent.h"
 #include "model/Ruler.h"
 #include "model/StopFrame.h"
+
+#include <QFileInfo>
 
 #include <algorithm>
 #include <cmath>
@@ -92,6 +96,48 @@ QVariantMap Composition::compositionInfo() const
         {QStringLiteral("stopframes"), stops},
         {QStringLiteral("components"), components},
     };
+}
+
+}  // namespace model
+
+namespace model {
+
+namespace {
+bool isFilePathAttribute(const Attribute* a) { return a->type() == kTypeFilePath || a->type() == kTypeOtherFilePath; }
+}  // namespace
+
+QStringList Composition::makePathsRelative()
+{
+    QStringList oldPaths;
+    if (!fileURL_.isValid() || !fileURL_.isLocalFile()) return oldPaths;
+    const QString documentPath = fileURL_.toLocalFile();
+    for (QuartzComponent* c : componentsSortedByZLevel()) {
+        for (Attribute* a : c->attributes()) {
+            if (!isFilePathAttribute(a)) continue;
+            const QString path = a->currentValue().toString();
+            oldPaths.append(path);
+            c->setValueForKey(a->key(), pathRelativeTo(path, documentPath));
+        }
+    }
+    return oldPaths;
+}
+
+QList<QVariantMap> Composition::embedResources()
+{
+    QList<QVariantMap> copies;
+    if (!fileURL_.isValid() || !fileURL_.isLocalFile()) return copies;
+    const QString folder = QFileInfo(fileURL_.toLocalFile()).path();
+    for (QuartzComponent* c : componentsSortedByZLevel()) {
+        for (Attribute* a : c->attributes()) {
+            if (!isFilePathAttribute(a)) continue;
+            const QFileInfo file(a->currentValue().toString());
+            if (!file.exists() || file.isDir()) continue;
+            copies.append({{QStringLiteral("source"), file.filePath()},
+                           {QStringLiteral("dest"), folder + QLatin1Char('/') + file.fileName()}});
+            c->setValueForKey(a->key(), file.fileName());
+        }
+    }
+    return copies;
 }
 
 }  // namespace model

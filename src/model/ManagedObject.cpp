@@ -169,20 +169,27 @@ void ManagedObject::addToMany(const QString& key, ManagedObject* target, int ind
     }
     willChangeValueForKey(key);
     linkToMany(key, target, index);
-    if (!relation->inverse.isEmpty()) {
-        target->willChangeValueForKey(relation->inverse);
-        target->linkToOne(relation->inverse, this);
-        target->didChangeValueForKey(relation->inverse);
-    }
+    if (!relation->inverse.isEmpty()) target->announceToOne(relation->inverse, this);
     didChangeValueForKey(key);
-    if (store_) {
-        store_->noteUpdated(this);
-        store_->noteUpdated(target);
-        QPointer<ManagedObject> self(this), other(target);
-        store_->undoManager().registerUndo([self, other, key] {
-            if (self && other) self->removeFromMany(key, other);
-        });
-    }
+    recordRelationshipChange(target, [key](ManagedObject* self, ManagedObject* other) { self->removeFromMany(key, other); });
+}
+
+void ManagedObject::announceToOne(const QString& key, ManagedObject* target)
+{
+    willChangeValueForKey(key);
+    linkToOne(key, target);
+    didChangeValueForKey(key);
+}
+
+void ManagedObject::recordRelationshipChange(ManagedObject* target, std::function<void(ManagedObject*, ManagedObject*)> undo)
+{
+    if (!store_) return;
+    store_->noteUpdated(this);
+    store_->noteUpdated(target);
+    QPointer<ManagedObject> self(this), other(target);
+    store_->undoManager().registerUndo([self, other, undo = std::move(undo)] {
+        if (self && other) undo(self, other);
+    });
 }
 
 void ManagedObject::primitiveAddToMany(const QString& key, ManagedObject* target)
@@ -202,20 +209,9 @@ void ManagedObject::removeFromMany(const QString& key, ManagedObject* target)
 
     willChangeValueForKey(key);
     const int index = unlinkToMany(key, target);
-    if (!relation->inverse.isEmpty() && target->toOne(relation->inverse) == this) {
-        target->willChangeValueForKey(relation->inverse);
-        target->linkToOne(relation->inverse, nullptr);
-        target->didChangeValueForKey(relation->inverse);
-    }
+    if (!relation->inverse.isEmpty() && target->toOne(relation->inverse) == this) target->announceToOne(relation->inverse, nullptr);
     didChangeValueForKey(key);
-    if (store_) {
-        store_->noteUpdated(this);
-        store_->noteUpdated(target);
-        QPointer<ManagedObject> self(this), other(target);
-        store_->undoManager().registerUndo([self, other, key, index] {
-            if (self && other) self->addToMany(key, other, index);
-        });
-    }
+    recordRelationshipChange(target, [key, index](ManagedObject* self, ManagedObject* other) { self->addToMany(key, other, index); });
 }
 
 void ManagedObject::setToOne(const QString& key, ManagedObject* target)

@@ -113,6 +113,9 @@ private:
     void linkToMany(const QString& key, ManagedObject* target, int index);
     int unlinkToMany(const QString& key, ManagedObject* target);
     void linkToOne(const QString& key, ManagedObject* target);
+    void announceToOne(const QString& key, ManagedObject* target);
+    // Marks both sides updated and registers the undo of a relationship change.
+    void recordRelationshipChange(ManagedObject* target, std::function<void(ManagedObject*, ManagedObject*)> undo);
 
     ObjectStore* store_;
     const EntityDescription& entity_;

@@ -1,7 +1,12 @@
 #include "ModelFixture.h"
 
 #include "model/Ruler.h"
+#include "model/PathUtilities.h"
 #include "model/StopFrame.h"
+
+#include <QFile>
+#include <QTemporaryDir>
+#include <QUrl>
 
 #include <QCoreApplication>
 #include <QElapsedTimer>
@@ -190,4 +195,38 @@ TEST_F(CompositionTest, PlaybackStopsAtTheEndAndReturnsToZero)
     for (int i = 0; i < 10; ++i) QCoreApplication::processEvents(QEventLoop::AllEvents, 30);
     EXPECT_EQ(composition->playMode(), 0);
     EXPECT_EQ(composition->editorTimepoint(), 0.0);
+}
+
+TEST(PathRelativeTo, FollowsTheDocumentsFolder)
+{
+    EXPECT_EQ(model::pathRelativeTo(QStringLiteral("/a/c/img.png"), QStringLiteral("/a/b/doc")), QStringLiteral("../c/img.png"));
+    EXPECT_EQ(model::pathRelativeTo(QStringLiteral("/Volumes/X/f.png"), QStringLiteral("/Volumes/Y/doc")), QStringLiteral("/Volumes/X/f.png"));
+    EXPECT_EQ(model::pathRelativeTo(QStringLiteral("/Volumes/X/f.png"), QStringLiteral("/Users/u/doc")), QStringLiteral("../../Volumes/X/f.png"));
+    EXPECT_EQ(model::pathRelativeTo(QStringLiteral("rel/f.png"), QStringLiteral("/a/doc")), QStringLiteral("rel/f.png"));
+    EXPECT_EQ(model::pathRelativeTo(QStringLiteral("/a/f.png"), QStringLiteral("relative/doc")), QStringLiteral("/a/f.png"));
+    EXPECT_EQ(model::pathRelativeTo(QStringLiteral("/a/b/f.png"), QStringLiteral("/a/b/doc.composition")), QStringLiteral("f.png"));
+}
+
+TEST_F(CompositionTest, MaintenanceCommandsNeedASavedDocument)
+{
+    QuartzComponent* c = addComponent(QStringLiteral("Logo"));
+    QTemporaryDir dir;
+    const QString image = dir.filePath(QStringLiteral("logo.png"));
+    QFile(image).open(QIODevice::WriteOnly);
+    addAttribute(c, QStringLiteral("Logo_File"), kTypeFilePath, image);
+    addAttribute(c, QStringLiteral("Folder_File"), kTypeFilePath, dir.path());
+    EXPECT_TRUE(composition->makePathsRelative().isEmpty());
+    EXPECT_TRUE(composition->embedResources().isEmpty());
+    EXPECT_EQ(c->valueForKey(QStringLiteral("Logo_File")).toString(), image) << "a never-saved document changes nothing";
+
+    composition->setFileURL(QUrl::fromLocalFile(dir.filePath(QStringLiteral("out/Template.composition"))));
+    const QList<QVariantMap> copies = composition->embedResources();
+    ASSERT_EQ(copies.size(), 1) << "folders are skipped";
+    EXPECT_EQ(copies[0].value(QStringLiteral("dest")).toString(), dir.filePath(QStringLiteral("out/logo.png")));
+    EXPECT_EQ(c->valueForKey(QStringLiteral("Logo_File")).toString(), QStringLiteral("logo.png"));
+
+    c->setValueForKey(QStringLiteral("Logo_File"), image);
+    const QStringList old = composition->makePathsRelative();
+    EXPECT_EQ(old.size(), 2);
+    EXPECT_EQ(c->valueForKey(QStringLiteral("Logo_File")).toString(), QStringLiteral("../logo.png"));
 }

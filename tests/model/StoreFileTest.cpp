@@ -4,6 +4,7 @@
 #include "model/Ruler.h"
 #include "model/StopFrame.h"
 #include "model/StoreFile.h"
+#include "model/StoreValueCodec.h"
 
 #include <QFont>
 #include <QImage>
@@ -154,4 +155,26 @@ TEST_F(StoreFileTest, UnknownStoredKeysAreReportedNotSilentlyDropped)
     ASSERT_TRUE(loaded) << loaded.error.toStdString();
     ASSERT_EQ(loaded.warnings.size(), 1);
     EXPECT_TRUE(loaded.warnings[0].contains(QLatin1String("futureSetting")));
+}
+
+TEST(StoreValueCodec, EverySixteenBitColourChannelReadsBackExactly)
+{
+    KeyframeValues table;
+    for (int k = 0; k <= 65535; ++k) {
+        QColor c;
+        c.setRgba64(QRgba64::fromRgba64(quint16(k), quint16(65535 - k), quint16(k / 2), quint16(k)));
+        table.insert(float(k), c);
+    }
+    QByteArray bytes;
+    QXmlStreamWriter writer(&bytes);
+    storecodec::writeValue(writer, QVariant::fromValue(table));
+    QXmlStreamReader reader(bytes);
+    ASSERT_TRUE(reader.readNextStartElement());
+    QVariant back;
+    QString error;
+    ASSERT_TRUE(storecodec::readValue(reader, back, error)) << error.toStdString();
+    const KeyframeValues read = back.value<KeyframeValues>();
+    ASSERT_EQ(read.size(), table.size());
+    for (auto it = table.begin(); it != table.end(); ++it)
+        ASSERT_EQ(read.value(it.key()).value<QColor>().rgba64(), it.value().value<QColor>().rgba64()) << it.key();
 }
