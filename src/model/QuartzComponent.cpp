@@ -403,6 +403,25 @@ QVariantMap QuartzComponent::dictionaryWithData() const
     };
 }
 
+QuartzComponent* QuartzComponent::createFromDictionary(Composition* composition, const QVariantMap& dictionary)
+{
+    ObjectStore* s = composition->store();
+    auto* c = s->insertNewObject<QuartzComponent>();
+    QVariantMap rest = dictionary;
+    const QVariantList attributeDictionaries = rest.take(QStringLiteral("attributes")).toList();
+    for (auto it = rest.begin(); it != rest.end(); ++it) {
+        if (it.key() == QLatin1String("animateable"))
+            c->setAnimateable(it.value().toInt());  // no attributes yet: no effect, as before
+        else if (c->entity().attributeIndex(it.key()) >= 0 && it.key() != QLatin1String("zLevel"))
+            c->setStoredValue(it.key(), it.value());
+    }
+    for (const QVariant& d : attributeDictionaries)
+        Attribute::createFromDictionary(s, d.toMap())->setToOne(QStringLiteral("component"), c);
+    c->setToOne(QStringLiteral("composition"), composition);
+    c->awakeFromFetch();
+    return c;
+}
+
 QVariantMap QuartzComponent::componentInfo() const
 {
     QVariantList infos;

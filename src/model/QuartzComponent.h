@@ -129,7 +129,10 @@ public:
 
     static int zLevelComparison(const QuartzComponent* a, const QuartzComponent* b);
 
-    // Dictionary forms.
+    // Dictionary forms. A component made from one (paste, duplicate) gets
+    // fresh attributes, keeps the stored composition data and has no zLevel
+    // of its own until the composition adds it.
+    static QuartzComponent* createFromDictionary(Composition* composition, const QVariantMap& dictionary);
     QVariantMap dictionaryWithData() const;
     QVariantMap componentInfo() const;
 

@@ -11,6 +11,8 @@
 #include <QFileInfo>
 
 #include <functional>
+#include <set>
+#include <string_view>
 
 namespace runtime {
 
@@ -187,40 +189,53 @@ void Composition::describePorts()
 
 void Composition::countPatches()
 {
-    const PatchRegistry& registry = PatchRegistry::standard();
-    std::map<QString, int> unsupportedCounts;
-    // Virtual patch definitions are counted once each, wherever they are used.
+    // Counted by (class, identifier) on the file's own strings; names are
+    // converted and checked against the registry once per distinct pair.
+    std::map<std::pair<std::string_view, std::string_view>, int> counts;
     std::vector<const plist::Value*> scopes;
-    std::function<bool(const std::string&)> defined = [&](const std::string& name) {
+    const auto defined = [&](std::string_view name) {
         for (const plist::Value* scope : scopes)
             if (scope->find(name)) return true;
         return false;
     };
+    std::set<std::string_view> undefinedVirtuals;
     std::function<void(const plist::Value&, int)> walk = [&](const plist::Value& node, int depth) {
         if (depth > GraphBuilder::kMaxDepth || !node.isDictionary()) return;
-        const QString className = qs(node.value("class").string());
-        if (!className.isEmpty()) {
-            ++patchCounts_[className];
-            const QString identifier = qs(node.value("identifier").string());
-            const bool supported = className.startsWith(QLatin1Char('/')) ? defined(className.toStdString())
-                                                                            : registry.supports(className, identifier);
-            if (!supported) {
-                const bool variant = className == QLatin1String("QCImageFilter") || className == QLatin1String("QCPlugInPatch");
-                ++unsupportedCounts[variant && !identifier.isEmpty() ? className + QLatin1Char('/') + identifier : className];
-            }
+        const plist::Value* className = node.find("class");
+        if (className && className->isString() && !className->string().empty()) {
+            const std::string& name = className->string();
+            const plist::Value* identifier = node.find("identifier");
+            ++counts[{name, identifier && identifier->isString() ? std::string_view(identifier->string()) : std::string_view()}];
+            if (name.front() == '/' && !defined(name)) undefinedVirtuals.insert(name);
         }
-        for (const plist::Value& child : node.value("state").value("nodes").array()) walk(child, depth + 1);
+        const plist::Value* state = node.find("state");
+        const plist::Value* nodes = state ? state->find("nodes") : nullptr;
+        if (nodes)
+            for (const plist::Value& child : nodes->array()) walk(child, depth + 1);
     };
     std::function<void(const plist::Value&, int)> walkComposition = [&](const plist::Value& composition, int depth) {
         if (depth > GraphBuilder::kMaxDepth) return;
         const plist::Value* scope = composition.find("virtualPatches");
         if (scope && scope->isDictionary()) scopes.push_back(scope);
-        walk(composition.value("rootPatch"), 0);
+        if (const plist::Value* root = composition.find("rootPatch")) walk(*root, 0);
         if (scope && scope->isDictionary()) {
             for (const auto& [name, definition] : scope->dictionary()) walkComposition(definition, depth + 1);
         }
     };
     walkComposition(document_, 0);
+
+    const PatchRegistry& registry = PatchRegistry::standard();
+    std::map<QString, int> unsupportedCounts;
+    for (const auto& [classAndIdentifier, count] : counts) {
+        const QString className = qs(std::string(classAndIdentifier.first));
+        const QString identifier = qs(std::string(classAndIdentifier.second));
+        patchCounts_[className] += count;
+        const bool supported = className.startsWith(QLatin1Char('/')) ? !undefinedVirtuals.count(classAndIdentifier.first)
+                                                                        : registry.supports(className, identifier);
+        if (supported) continue;
+        const bool variant = className == QLatin1String("QCImageFilter") || className == QLatin1String("QCPlugInPatch");
+        unsupportedCounts[variant && !identifier.isEmpty() ? className + QLatin1Char('/') + identifier : className] += count;
+    }
     for (const auto& [name, count] : unsupportedCounts) {
         unsupported_ << name;
         problems_ << QStringLiteral("%1 is not supported; its %2 node%3 do%4 nothing")

@@ -10,11 +10,6 @@ namespace runtime {
 
 namespace {
 
-QString stringEntry(const plist::Value& dict, const char* key)
-{
-    const plist::Value* v = dict.find(key);
-    return v && v->isString() ? QString::fromStdString(v->string()) : QString();
-}
 
 QString join(const QString& parentPath, const QString& key)
 {
@@ -65,6 +60,20 @@ GraphBuilder::GraphBuilder(const plist::Value& document, const CompositionResour
         virtualScopes_.push_back(scope);
 }
 
+QString GraphBuilder::text(const plist::Value& dict, const char* key)
+{
+    const plist::Value* v = dict.find(key);
+    if (!v || !v->isString()) return {};
+    // Keys, classes and port names repeat thousands of times in large
+    // files: convert each distinct one once and share it.
+    const std::string& utf8 = v->string();
+    auto it = strings_.find(std::string_view(utf8));
+    if (it != strings_.end()) return it->second;
+    QString converted = QString::fromStdString(utf8);
+    strings_.emplace(std::string_view(utf8), converted);
+    return converted;
+}
+
 void GraphBuilder::report(const QString& where, const QString& message)
 {
     if (problems_) problems_->append((where.isEmpty() ? QStringLiteral("root") : where) + QStringLiteral(": ") + message);
@@ -103,9 +112,9 @@ std::unique_ptr<Patch> GraphBuilder::buildNode(const plist::Value& node, const Q
 std::unique_ptr<Patch> GraphBuilder::buildNodeAt(const plist::Value& node, const QString& parentPath, int depth)
 {
     PatchSetup setup;
-    setup.className = stringEntry(node, "class");
-    setup.key = stringEntry(node, "key");
-    setup.identifier = stringEntry(node, "identifier");
+    setup.className = text(node, "class");
+    setup.key = text(node, "key");
+    setup.identifier = text(node, "identifier");
     const plist::Value* state = node.find("state");
     setup.state = state && state->isDictionary() ? *state : plist::Value::emptyDictionary();
     setup.resources = &resources_;
@@ -199,9 +208,9 @@ void GraphBuilder::publishPorts(MacroPatch& macro, const plist::Value& state, co
         const plist::Value* list = state.find(inputs ? "publishedInputPorts" : "publishedOutputPorts");
         if (!list) continue;
         for (const plist::Value& entry : list->array()) {
-            const QString key = stringEntry(entry, "key");
-            const QString nodeKey = stringEntry(entry, "node");
-            const QString portKey = stringEntry(entry, "port");
+            const QString key = text(entry, "key");
+            const QString nodeKey = text(entry, "node");
+            const QString portKey = text(entry, "port");
             const QString what = inputs ? QStringLiteral("published input") : QStringLiteral("published output");
             if (key.isEmpty()) {
                 report(where, QStringLiteral("%1 without a key ignored").arg(what));
@@ -247,10 +256,10 @@ void GraphBuilder::connectChildren(MacroPatch& macro, const plist::Value& state,
                      [](const auto& a, const auto& b) { return connectionNumber(a.first) < connectionNumber(b.first); });
     for (const auto& [nameStd, connection] : ordered) {
         const QString name = QString::fromStdString(nameStd);
-        const QString sourceKey = stringEntry(*connection, "sourceNode");
-        const QString sourcePortKey = stringEntry(*connection, "sourcePort");
-        const QString destinationKey = stringEntry(*connection, "destinationNode");
-        const QString destinationPortKey = stringEntry(*connection, "destinationPort");
+        const QString sourceKey = text(*connection, "sourceNode");
+        const QString sourcePortKey = text(*connection, "sourcePort");
+        const QString destinationKey = text(*connection, "destinationNode");
+        const QString destinationPortKey = text(*connection, "destinationPort");
         Patch* source = macro.child(sourceKey);
         Patch* destination = macro.child(destinationKey);
         if (!source || !destination) {

@@ -9,6 +9,8 @@
 #include <QStringList>
 
 #include <string>
+#include <string_view>
+#include <unordered_map>
 #include <vector>
 
 namespace runtime {
@@ -38,6 +40,8 @@ private:
     void connectChildren(MacroPatch& macro, const plist::Value& state, const QString& where);
     void breakCycles(MacroPatch& macro, const QString& where);
     void report(const QString& where, const QString& message);
+    // A string entry of a dictionary in the document, converted once.
+    QString text(const plist::Value& dict, const char* key);
     const plist::Value* virtualDefinition(const std::string& name) const;
 
     const plist::Value& document_;
@@ -45,6 +49,8 @@ private:
     QStringList* problems_;
     std::vector<const plist::Value*> virtualScopes_;  // "virtualPatches" dictionaries, innermost last
     std::vector<std::string> virtualStack_;           // virtual patches being expanded
+    // Views into the document's strings, which outlive the builder.
+    std::unordered_map<std::string_view, QString> strings_;
     int nodes_ = 0;
     bool reportedNodeLimit_ = false;
 };

@@ -156,3 +156,22 @@ TEST_F(ComponentTest, DictionaryFormRoundTripsThroughAttributes)
     const QVariantMap info = c->componentInfo();
     EXPECT_EQ(info.value(QStringLiteral("attributes")).toList().size(), attributes.size());
 }
+
+TEST_F(ComponentTest, PastedComponentsGetFreshAttributes)
+{
+    QuartzComponent* original = addComponent(QStringLiteral("Logo"), QRectF(5, 6, 70, 80));
+    addAttribute(original, QStringLiteral("text"), kTypeString, QStringLiteral("hello"))->setCategory(QStringLiteral("Text"));
+    original->setQuartzCompositionData(QByteArray("not really a composition"));
+    QuartzComponent* copy = QuartzComponent::createFromDictionary(composition, original->dictionaryWithData());
+    EXPECT_EQ(copy->title(), QStringLiteral("Logo"));
+    EXPECT_EQ(copy->quartzCompositionData(), original->quartzCompositionData());
+    EXPECT_EQ(copy->drawingFrame(), original->drawingFrame());
+    EXPECT_EQ(copy->attributes().size(), original->attributes().size()) << "no second set of margins";
+    Attribute* text = copy->attributeForKey(QStringLiteral("text"));
+    ASSERT_NE(text, nullptr);
+    EXPECT_NE(text, original->attributeForKey(QStringLiteral("text")));
+    EXPECT_EQ(text->category(), QStringLiteral("Text"));
+    copy->setOriginX(500);
+    EXPECT_DOUBLE_EQ(original->originX(), 5.0) << "the copy shares nothing with the original";
+    EXPECT_EQ(copy->composition(), composition);
+}

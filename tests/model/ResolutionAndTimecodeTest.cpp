@@ -1,6 +1,7 @@
 #include "model/RichFontValue.h"
 #include "model/Timecode.h"
 #include "model/VideoModeCatalogue.h"
+#include "model/ValueTransformers.h"
 #include "model/VideoResolution.h"
 
 #include <QSet>
@@ -119,4 +120,23 @@ TEST(RichFontValue, MembersTextAttributesAndRoundTrip)
     EXPECT_FLOAT_EQ(value.valueForInputKey(QStringLiteral("Rich_Font_Shadow_Offset_Y")).toFloat(), -3.f)
         << "switching the shadow off keeps its geometry";
     EXPECT_EQ(value.quartzValues().value("Lower_Rich_Font_Name").string(), "DejaVu Sans");
+}
+
+TEST(ValueTransformers, TimecodeCountsAndUrls)
+{
+    Timecode::setProjectRateCode(kRate25);
+    EXPECT_EQ(transformers::timepointToString(-3), QStringLiteral("00:00:00:00"));
+    EXPECT_EQ(transformers::timepointToString(61.2), QStringLiteral("00:01:01:05"));
+    EXPECT_DOUBLE_EQ(*transformers::stringToTimepoint(QStringLiteral("00:01:01:05")), 61.2);
+    EXPECT_FALSE(transformers::stringToTimepoint(QStringLiteral("soon")));
+
+    EXPECT_FALSE(transformers::countGreaterThanOne(QStringLiteral("a long string")));
+    const QVariantList two{1, 2};
+    EXPECT_TRUE(transformers::countGreaterThanOne(two));
+    EXPECT_FALSE(transformers::countGreaterThanTwo(two));
+    EXPECT_TRUE(transformers::countGreaterThanTwo(QVariant::fromValue(QList<int>{1, 2, 3})));
+    EXPECT_FALSE(transformers::countGreaterThanOne(QVariant(5)));
+
+    EXPECT_TRUE(transformers::stringToURL(QString()).isEmpty());
+    EXPECT_EQ(transformers::urlToString(transformers::stringToURL(QStringLiteral("/tmp/a b.png"))), QStringLiteral("/tmp/a b.png"));
 }

@@ -2,7 +2,7 @@
 
 #include "CompositionBuilder.h"
 
-#include "cli/Command.h"
+#include "../support/CliRunner.h"
 #include "plist/PropertyList.h"
 
 #include <QFile>
@@ -16,22 +16,6 @@
 using test::Node;
 
 namespace {
-
-struct CliRun {
-    int code = 0;
-    QString out, err;
-};
-
-CliRun cli(const QStringList& args)
-{
-    CliRun run;
-    QTextStream out(&run.out), err(&run.err);
-    cli::Streams io{out, err};
-    run.code = cli::runCommandLine(args, io);
-    out.flush();
-    err.flush();
-    return run;
-}
 
 class QtzCli : public ::testing::Test {
 protected:
@@ -67,7 +51,7 @@ protected:
 
 TEST_F(QtzCli, InputsListsKeysNamesTypesValuesAndMenus)
 {
-    const CliRun run = cli({"qtz", "inputs", file});
+    const CliResult run = runCli({"qtz", "inputs", file});
     ASSERT_EQ(run.code, 0) << run.err.toStdString();
     const QJsonArray inputs = QJsonDocument::fromJson(run.out.toUtf8()).array();
     ASSERT_EQ(inputs.size(), 2);
@@ -89,7 +73,7 @@ TEST_F(QtzCli, InputsListsKeysNamesTypesValuesAndMenus)
 
 TEST_F(QtzCli, CheckReportsClassesAndFailsOnUnreadableFiles)
 {
-    CliRun run = cli({"qtz", "check", file});
+    CliResult run = runCli({"qtz", "check", file});
     ASSERT_EQ(run.code, 0) << run.err.toStdString();
     QJsonObject report = QJsonDocument::fromJson(run.out.toUtf8()).object();
     EXPECT_TRUE(report["loadable"].toBool());
@@ -101,21 +85,21 @@ TEST_F(QtzCli, CheckReportsClassesAndFailsOnUnreadableFiles)
     ASSERT_TRUE(f.open(QIODevice::WriteOnly));
     f.write("bplist00 this is not a property list");
     f.close();
-    run = cli({"qtz", "check", garbage});
+    run = runCli({"qtz", "check", garbage});
     EXPECT_EQ(run.code, 1);
     report = QJsonDocument::fromJson(run.out.toUtf8()).object();
     EXPECT_FALSE(report["loadable"].toBool());
     EXPECT_TRUE(run.err.contains("cannot load")) << run.err.toStdString();
 
-    EXPECT_EQ(cli({"qtz", "inputs", garbage}).code, 1);
-    EXPECT_EQ(cli({"qtz", "frobnicate", file}).code, 2);
-    EXPECT_EQ(cli({"qtz", "inputs"}).code, 2);
+    EXPECT_EQ(runCli({"qtz", "inputs", garbage}).code, 1);
+    EXPECT_EQ(runCli({"qtz", "frobnicate", file}).code, 2);
+    EXPECT_EQ(runCli({"qtz", "inputs"}).code, 2);
 }
 
 TEST_F(QtzCli, RenderWritesAFrameWithInputsApplied)
 {
     const QString png = dir.filePath("frame.png");
-    const CliRun run = cli({"render", file, "--time", "1.5", "--size", "20x10", "--input", "Background=#00FF00", "-o", png});
+    const CliResult run = runCli({"render", file, "--time", "1.5", "--size", "20x10", "--input", "Background=#00FF00", "-o", png});
     ASSERT_EQ(run.code, 0) << run.err.toStdString();
     const QImage image(png);
     ASSERT_EQ(image.size(), QSize(20, 10));
@@ -125,20 +109,20 @@ TEST_F(QtzCli, RenderWritesAFrameWithInputsApplied)
 TEST_F(QtzCli, RenderRejectsBadRequests)
 {
     const QString png = dir.filePath("frame.png");
-    EXPECT_EQ(cli({"render", file, "-o", png}).code, 2);  // no time
-    EXPECT_EQ(cli({"render", file, "--time", "x", "-o", png}).code, 2);
-    EXPECT_EQ(cli({"render", file, "--time", "0", "--size", "0x5", "-o", png}).code, 2);
-    EXPECT_EQ(cli({"render", file, "--time", "0", "--input", "novalue", "-o", png}).code, 2);
-    CliRun run = cli({"render", file, "--time", "0", "--input", "Nope=1", "-o", png});
+    EXPECT_EQ(runCli({"render", file, "-o", png}).code, 2);  // no time
+    EXPECT_EQ(runCli({"render", file, "--time", "x", "-o", png}).code, 2);
+    EXPECT_EQ(runCli({"render", file, "--time", "0", "--size", "0x5", "-o", png}).code, 2);
+    EXPECT_EQ(runCli({"render", file, "--time", "0", "--input", "novalue", "-o", png}).code, 2);
+    CliResult run = runCli({"render", file, "--time", "0", "--input", "Nope=1", "-o", png});
     EXPECT_EQ(run.code, 1);
     EXPECT_TRUE(run.err.contains("has no input 'Nope'")) << run.err.toStdString();
-    run = cli({"render", file, "--time", "0", "--input", "Background=red", "-o", png});
+    run = runCli({"render", file, "--time", "0", "--input", "Background=red", "-o", png});
     EXPECT_EQ(run.code, 1);
     EXPECT_TRUE(run.err.contains("#RRGGBB")) << run.err.toStdString();
-    run = cli({"render", "doc.composition", "--time", "0", "-o", png});
+    run = runCli({"render", "doc.composition", "--time", "0", "-o", png});
     EXPECT_EQ(run.code, 1);
     EXPECT_TRUE(run.err.contains("not available yet")) << run.err.toStdString();
-    EXPECT_EQ(cli({"render", dir.filePath("missing.qtz"), "--time", "0", "-o", png}).code, 1);
+    EXPECT_EQ(runCli({"render", dir.filePath("missing.qtz"), "--time", "0", "-o", png}).code, 1);
 }
 
 }  // namespace
