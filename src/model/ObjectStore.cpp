@@ -25,6 +25,7 @@ ManagedObject* ObjectStore::insertObject(std::unique_ptr<ManagedObject> object, 
     raw->deleted_ = false;
     objects_.emplace(objectId, std::move(object));
     inserted_.append(raw);
+    insertedSet_.insert(raw);
     schedulePendingChanges();
     undoManager_.registerUndo([this, objectId] {
         if (ManagedObject* o = objectWithId(objectId)) removeFromRegistry(o);
@@ -59,7 +60,8 @@ void ObjectStore::removeFromRegistry(ManagedObject* object)
     auto holder = std::make_shared<std::unique_ptr<ManagedObject>>(std::move(it->second));
     objects_.erase(it);
     object->deleted_ = true;
-    if (inserted_.removeOne(object)) {
+    if (insertedSet_.remove(object)) {
+        inserted_.removeOne(object);
         // Inserted and deleted before anyone heard of it.
     } else {
         deleted_.append(object);
@@ -101,7 +103,7 @@ ManagedObject* ObjectStore::objectWithId(quint64 objectId) const
 
 void ObjectStore::noteUpdated(ManagedObject* object)
 {
-    if (object->isDeleted() || inserted_.contains(object) || updatedSet_.contains(object)) return;
+    if (object->isDeleted() || insertedSet_.contains(object) || updatedSet_.contains(object)) return;
     updatedSet_.insert(object);
     updated_.append(object);
     schedulePendingChanges();
@@ -131,6 +133,7 @@ void ObjectStore::processPendingChanges()
     const QList<ManagedObject*> inserted = std::exchange(inserted_, {});
     const QList<ManagedObject*> updated = std::exchange(updated_, {});
     const QList<ManagedObject*> deleted = std::exchange(deleted_, {});
+    insertedSet_.clear();
     updatedSet_.clear();
     Q_EMIT objectsDidChange(inserted, updated, deleted);
     recentlyDeleted_.clear();

@@ -63,7 +63,7 @@ private:
     std::map<quint64, std::unique_ptr<ManagedObject>> objects_;
     quint64 nextId_ = 1;
     QList<ManagedObject*> inserted_, updated_, deleted_;
-    QSet<ManagedObject*> updatedSet_;
+    QSet<ManagedObject*> insertedSet_, updatedSet_;  // fast membership for the lists above
     std::vector<Holder> recentlyDeleted_;  // alive at least until the next announcement
     bool processingPosted_ = false;
     std::shared_ptr<bool> alive_ = std::make_shared<bool>(true);

@@ -10,6 +10,12 @@ namespace runtime {
 
 namespace {
 
+// The blending menu of Sprite and Billboard.
+InputHints blendingHints()
+{
+    return {{}, {}, {QStringLiteral("Replace"), QStringLiteral("Over"), QStringLiteral("Add")}};
+}
+
 constexpr double kImageBlendingDefault = 1;  // Over
 
 class ClearPatch : public Patch {
@@ -51,7 +57,7 @@ public:
     ExecutionMode executionMode() const override { return ExecutionMode::Consumer; }
     InputHints inputHints(const InputPort& port) const override
     {
-        if (&port == blending_) return {{}, {}, {QStringLiteral("Replace"), QStringLiteral("Over"), QStringLiteral("Add")}};
+        if (&port == blending_) return blendingHints();
         return {};
     }
     void execute(ExecutionContext& context, double) override
@@ -114,7 +120,7 @@ public:
     ExecutionMode executionMode() const override { return ExecutionMode::Consumer; }
     InputHints inputHints(const InputPort& port) const override
     {
-        if (&port == blending_) return {{}, {}, {QStringLiteral("Replace"), QStringLiteral("Over"), QStringLiteral("Add")}};
+        if (&port == blending_) return blendingHints();
         return {};
     }
     void execute(ExecutionContext& context, double) override
