@@ -8,6 +8,7 @@
 #include "model/VideoModeCatalogue.h"
 
 #include <QDateTime>
+#include <QLoggingCategory>
 #include <QTimer>
 
 #include <algorithm>
@@ -15,6 +16,8 @@
 #include <cmath>
 
 namespace model {
+
+Q_LOGGING_CATEGORY(lcComposition, "velloran.composition")
 
 namespace {
 double now()
@@ -254,6 +257,17 @@ void Composition::addComponent(QuartzComponent* component)
     didChangeValueForKey(QStringLiteral("componentsSortedByInverseZLevel"));
     clearSelection();
     component->setSelected(true);
+}
+
+QuartzComponent* Composition::addComponenWithQuartzCompositionFile(const QString& path, const QVariantMap& inputValues)
+{
+    QuartzComponent* c = QuartzComponent::initWithQuartzCompositionFile(path, this, inputValues, nullptr);
+    if (!c) {
+        qCWarning(lcComposition).noquote() << QStringLiteral("Could not create a component from %1").arg(path);
+        return nullptr;
+    }
+    addComponent(c);
+    return c;
 }
 
 void Composition::removeComponents(const std::vector<QuartzComponent*>& components)

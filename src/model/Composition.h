@@ -94,6 +94,8 @@ public:
     std::vector<QuartzComponent*> componentsSortedByZLevel() const;
     std::vector<QuartzComponent*> componentsSortedByInverseZLevel() const;
     void addComponent(QuartzComponent* component);
+    // Null (and a log line) when the file cannot be used.
+    QuartzComponent* addComponenWithQuartzCompositionFile(const QString& path, const QVariantMap& inputValues = {});
     void removeComponents(const std::vector<QuartzComponent*>& components);
 
     // Selection.

@@ -11,12 +11,16 @@
 #include <QByteArray>
 #include <QPointer>
 #include <QRectF>
+#include <QStringList>
+#include <QTransform>
 
 #include <array>
 #include <memory>
 
 namespace runtime {
+class Composition;
 class Renderer;
+class RenderTarget;
 }
 
 namespace model {
@@ -129,6 +133,19 @@ public:
 
     static int zLevelComparison(const QuartzComponent* a, const QuartzComponent* b);
 
+    // Creation from a composition file. Returns the new component inserted
+    // in the composition's store (not yet stacked: the caller adds it), or
+    // null with a warning. A file without an "outputImage" output is first
+    // wrapped into one that renders it into an image, in the cache folder.
+    static QuartzComponent* initWithQuartzCompositionFile(const QString& path, Composition* composition,
+                                                          const QVariantMap& inputValues, QStringList* warnings);
+    static bool shallCreateAttributeForKey(const QString& key);
+    static QString compositionWrappedWithRenderInImageForFile(const QString& path, const QSizeF& documentSize);
+    static QString bundleIdentifier() { return QStringLiteral("org.velloran.Velloran"); }
+    static QString cacheFolder();
+    // Writes the component and its attribute values to the log.
+    void bugInfo() const;
+
     // Dictionary forms. A component made from one (paste, duplicate) gets
     // fresh attributes, keeps the stored composition data and has no zLevel
     // of its own until the composition adds it.
@@ -156,7 +173,19 @@ public:
     void updateFileURL();
     bool rootIsRenderInImage() const { return rootIsRenderInImage_; }
     void setRootIsRenderInImage(bool on) { rootIsRenderInImage_ = on; }
-    static QString documentURLKey() { return QStringLiteral("org.velloran.Velloran.file"); }
+    static QString documentURLKey() { return bundleIdentifier() + QStringLiteral(".file"); }
+
+    // Drawing on a canvas. `context` identifies the drawing surface: a new
+    // one gets a new renderer. The target maps composition pixels to its
+    // units (see viewTransformForCompositionSize).
+    void setupRenderer();
+    void renderForView(const void* context, runtime::RenderTarget& target, double time,
+                       const QVariantMap& arguments = {});
+    // The selection frame and handles; `lineWidth` in composition pixels.
+    void renderOverlaysForView(runtime::RenderTarget& target, double lineWidth = 1.0) const;
+    static QTransform viewTransformForCompositionSize(const QSizeF& size);
+    static QString previewOutputPort() { return QStringLiteral("outputImage"); }
+    QString spriteNodeKey() const { return spriteKey_; }
 
     void awakeFromFetch() override;
 
@@ -167,10 +196,17 @@ private:
     static void setGroup(const std::vector<Attribute*>& group, int state);
     void bindStandardAttributes();
     void storedValueDidChange(const QString& key) override;
+    bool initWithQuartzCompositionFileGeneric(const QString& path, const QVariantMap& inputValues,
+                                              QStringList* warnings);
+    void setSpriteInput(const QString& port, const QVariant& value);
 
     QPointer<Attribute> originX_, originY_, width_, height_, opacity_, zRotation_, marginX_, marginY_, visible_;
     std::vector<std::pair<QPointer<Attribute>, ObservationToken>> geometryObservations_;
+    std::shared_ptr<const runtime::Composition> loadedComposition_;
     std::unique_ptr<runtime::Renderer> renderer_;
+    const void* renderContext_ = nullptr;
+    QString spriteKey_;      // the injected sprite
+    QString portImageNode_;  // the root child whose "outputImage" feeds it
     bool selected_ = false;
     bool needsUpdate_ = true;
     bool expanded_ = false;

@@ -6,6 +6,7 @@
 #include "runtime/Renderer.h"
 
 #include <QFile>
+#include <QFileInfo>
 #include <QLoggingCategory>
 
 namespace model {
@@ -28,8 +29,9 @@ bool QuartzComponent::initializeQuartzComposition()
     QString error;
     std::shared_ptr<const runtime::Composition> loaded;
     const QByteArray data = quartzCompositionData();
+    const QString directory = QFileInfo(compositionFilename()).absolutePath();
     if (!data.isEmpty()) {
-        loaded = runtime::Composition::loadData(data, &error);
+        loaded = runtime::Composition::loadData(data, &error, directory);
     } else if (compositionFilename().isEmpty()) {
         return false;  // nothing to load
     } else {
@@ -39,14 +41,16 @@ bool QuartzComponent::initializeQuartzComposition()
             return false;
         }
         const QByteArray bytes = file.readAll();
-        loaded = runtime::Composition::loadData(bytes, &error);
+        loaded = runtime::Composition::loadData(bytes, &error, directory);
         if (loaded) setPrimitiveValue(QStringLiteral("quartzCompositionData"), bytes);
     }
     if (!loaded) {
         qCWarning(lcComponent) << "Cannot load the composition of" << title() << error;
         return false;
     }
+    loadedComposition_ = loaded;
     setRenderer(std::make_unique<runtime::Renderer>(loaded, QSize(32, 32)));
+    renderContext_ = nullptr;
     return true;
 }
 
@@ -75,11 +79,11 @@ namespace model {
 
 void QuartzComponent::sizeToFit()
 {
-    if (rootIsRenderInImage_ || !renderer_) return;
+    if (rootIsRenderInImage_ || !renderer_ || portImageNode_.isEmpty()) return;
     renderer_->setInputValue(QStringLiteral("inputWidth"), 0.0);
     renderer_->setInputValue(QStringLiteral("inputHeight"), 0.0);
     renderer_->render(0.0);
-    const QImage image = renderer_->outputValue(QStringLiteral("outputImage")).value<QImage>();
+    const QImage image = renderer_->nodeOutputValue(portImageNode_, QStringLiteral("outputImage")).value<QImage>();
     if (!image.isNull() && image.width() > 0 && image.height() > 0) {
         const bool constrain = constrainProportions();
         setConstrainProportions(false);

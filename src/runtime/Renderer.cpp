@@ -93,6 +93,11 @@ void Renderer::render(double time, QImage& target, const QVariantMap& arguments,
     renderInto(time, *wrapped, arguments);
 }
 
+void Renderer::render(double time, RenderTarget& target, const QVariantMap& arguments)
+{
+    renderInto(time, target, arguments);
+}
+
 void Renderer::renderInto(double time, RenderTarget& target, const QVariantMap& arguments)
 {
     context_->beginFrame(time, &target, &arguments);

@@ -49,6 +49,8 @@ public:
     // Renders into the caller's image, e.g. a canvas shared by many
     // renderers; `view` maps destination units before the pixel mapping.
     void render(double time, QImage& target, const QVariantMap& arguments = {}, const QTransform& view = {});
+    // Renders into any target of a backend (the canvas's, a GL surface).
+    void render(double time, RenderTarget& target, const QVariantMap& arguments = {});
     QSize size() const;
     void setSize(QSize size);  // a new, transparent image
     QImage snapshot() const;   // the renderer's own image

@@ -1,0 +1,38 @@
+#pragma once
+// Turns a whole composition into one composition file that a playout engine
+// plays without the editor: every component's graph side by side, each with
+// a renderer patch placing its image, timelines replaying its keyframes, a
+// time window switching it on and off, and the two plug-ins that give the
+// composition time and the stop-frame pauses. Editable attributes become the
+// file's published inputs.
+
+#include <QString>
+
+#include <functional>
+
+namespace model {
+class Composition;
+class QuartzComponent;
+}  // namespace model
+
+namespace document {
+
+// Makes the label of a published input from the component, the separator
+// and the port key.
+using KeyFactory = std::function<QString(const model::QuartzComponent&, const QString& separator,
+                                         const QString& portKey)>;
+
+class CompositionExport {
+public:
+    // False when the standard "Renderer" file or one of its patches is
+    // missing, or the file cannot be written.
+    static bool exportToPath(const model::Composition& composition, const QString& path, bool includeBackground,
+                             const KeyFactory& keyFactory);
+    // Title, separator and port key joined: the labels a document writes.
+    static QString documentKey(const model::QuartzComponent& component, const QString& separator,
+                               const QString& portKey);
+    // Every character that is neither alphanumeric nor "_" becomes "_".
+    static QString stringByTrimmingInvalidKeyCharacters(const QString& string);
+};
+
+}  // namespace document
