@@ -145,6 +145,9 @@ public:
     // that the next save carries out, the attributes then naming bare files.
     QStringList makePathsRelative();
     QList<QVariantMap> embedResources();
+    // Reloads components made from an older copy of a standard component
+    // with the current one; returns their titles.
+    QStringList upgradeComponents();
 
 private:
     void commonSetup();

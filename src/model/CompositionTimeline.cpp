@@ -2,6 +2,7 @@
 
 #include "model/Attribute.h"
 #include "model/Composition.h"
+#include "model/StandardComponents.h"
 #include "model/ObjectStore.h"
 #include "model/PathUtilities.h"
 #include "model/QuartzComponent.h"
@@ -105,6 +106,22 @@ namespace model {
 namespace {
 bool isFilePathAttribute(const Attribute* a) { return a->type() == kTypeFilePath || a->type() == kTypeOtherFilePath; }
 }  // namespace
+
+QStringList Composition::upgradeComponents()
+{
+    // Only the text component has ever changed in ways documents must follow.
+    static const QStringList upgradable{QStringLiteral("Text.qtz")};
+    QStringList upgraded;
+    for (QuartzComponent* c : componentsSortedByZLevel()) {
+        const QString file = QFileInfo(c->compositionFilename()).fileName();
+        if (!upgradable.contains(file)) continue;
+        const QString current = StandardComponents::pathForComponent(QFileInfo(file).completeBaseName());
+        if (current.isEmpty()) continue;
+        c->updateWithFile(current);
+        upgraded.append(c->title());
+    }
+    return upgraded;
+}
 
 QStringList Composition::makePathsRelative()
 {

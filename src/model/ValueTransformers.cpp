@@ -1,6 +1,7 @@
 #include "model/ValueTransformers.h"
 
 #include "model/Timecode.h"
+#include "rtf/Rtf.h"
 
 #include <QSequentialIterable>
 
@@ -44,5 +45,18 @@ bool countGreaterThanTwo(const QVariant& value)
 QUrl stringToURL(const QString& path) { return path.isEmpty() ? QUrl() : QUrl::fromLocalFile(path); }
 
 QString urlToString(const QUrl& url) { return url.isEmpty() ? QString() : url.toLocalFile(); }
+
+std::unique_ptr<QTextDocument> rtfToDocument(const QString& rtf)
+{
+    std::unique_ptr<QTextDocument> document = rtf.isEmpty() ? nullptr : rtf::read(rtf.toUtf8());
+    return document ? std::move(document) : std::make_unique<QTextDocument>();
+}
+
+QString documentToRtf(const QTextDocument& document)
+{
+    // The writer always makes a whole document; no text means no RTF.
+    if (document.isEmpty()) return {};
+    return QString::fromUtf8(rtf::write(document));
+}
 
 }  // namespace model::transformers

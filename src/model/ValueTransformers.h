@@ -1,11 +1,13 @@
 #pragma once
 // The small conversions the editor's controls bind through. "Forward" is
-// model → view. Styled text (RTF) conversion comes with the RTF reader.
+// model → view.
 
 #include <QString>
+#include <QTextDocument>
 #include <QUrl>
 #include <QVariant>
 
+#include <memory>
 #include <optional>
 
 namespace model::transformers {
@@ -19,6 +21,11 @@ std::optional<double> stringToTimepoint(const QString& text);
 // anything that is not a collection gives false.
 bool countGreaterThanOne(const QVariant& value);
 bool countGreaterThanTwo(const QVariant& value);
+
+// Styled text: RTF text ↔ a text document. Text that is not RTF, or empty
+// text, gives an empty document; an empty document gives "".
+std::unique_ptr<QTextDocument> rtfToDocument(const QString& rtf);
+QString documentToRtf(const QTextDocument& document);
 
 QUrl stringToURL(const QString& path);  // empty stays empty
 QString urlToString(const QUrl& url);

@@ -5,6 +5,8 @@
 #include "model/VideoResolution.h"
 
 #include <QSet>
+#include <QTextBlock>
+#include <QTextDocument>
 
 #include <gtest/gtest.h>
 
@@ -139,4 +141,21 @@ TEST(ValueTransformers, TimecodeCountsAndUrls)
 
     EXPECT_TRUE(transformers::stringToURL(QString()).isEmpty());
     EXPECT_EQ(transformers::urlToString(transformers::stringToURL(QStringLiteral("/tmp/a b.png"))), QStringLiteral("/tmp/a b.png"));
+}
+
+TEST(ValueTransformers, StyledTextGoesThroughRtf)
+{
+    const QString rtf = QStringLiteral("{\\rtf1\\ansi{\\fonttbl\\f0 DejaVu Sans;}\\f0\\fs48 Caf\\'e9 {\\b bold}}");
+    auto document = transformers::rtfToDocument(rtf);
+    EXPECT_EQ(document->toPlainText(), QStringLiteral("Café bold"));
+    auto again = transformers::rtfToDocument(transformers::documentToRtf(*document));
+    EXPECT_EQ(again->toPlainText(), QStringLiteral("Café bold"));
+    bool boldKept = false;
+    for (auto it = again->firstBlock().begin(); !it.atEnd(); ++it)
+        if (it.fragment().text() == QLatin1String("bold")) boldKept = it.fragment().charFormat().fontWeight() == QFont::Bold;
+    EXPECT_TRUE(boldKept);
+
+    EXPECT_TRUE(transformers::rtfToDocument(QString())->isEmpty());
+    EXPECT_TRUE(transformers::rtfToDocument(QStringLiteral("not rtf"))->isEmpty());
+    EXPECT_EQ(transformers::documentToRtf(QTextDocument()), QString());
 }

@@ -1,0 +1,87 @@
+#include "document/ComponentDrop.h"
+
+#include "model/Composition.h"
+#include "model/QuartzComponent.h"
+#include "model/StandardComponents.h"
+#include "psd/PSDLayerImporter.h"
+
+#include <QFileInfo>
+#include <QImageReader>
+#include <QLoggingCategory>
+
+namespace document {
+
+Q_DECLARE_LOGGING_CATEGORY(lcDocument)
+
+bool isPSDFile(const QString& path)
+{
+    return QFileInfo(path).suffix() == QLatin1String("psd");
+}
+
+QString importWarningText(const QStringList& warnings)
+{
+    QString text = QStringLiteral("Please note the following information related to the import:");
+    for (const QString& w : warnings) text += QStringLiteral("\n\n• %1").arg(w);
+    return text;
+}
+
+int importPSDLayers(model::Composition& composition, const psd::PSDLayerImporter& importer,
+                    const QString& componentFile)
+{
+    int added = 0;
+    const auto& layers = importer.layers();
+    for (auto it = layers.rbegin(); it != layers.rend(); ++it) {
+        if (!it->visible()) continue;
+        model::QuartzComponent* c =
+            composition.addComponenWithQuartzCompositionFile(componentFile, {{QStringLiteral("Image"), it->image()}});
+        if (!c) continue;
+        c->setTitle(QStringLiteral("%1 - %2").arg(it->name(), importer.filename()));
+        c->setOriginX(it->origin().x());
+        c->setOriginY(it->origin().y());
+        c->setOpacity(it->opacity());
+        ++added;
+    }
+    return added;
+}
+
+DropResult addComponentsFromPaths(model::Composition& composition, const QStringList& paths, bool commandKeyPressed)
+{
+    DropResult result;
+    const QString imageComponent = model::StandardComponents::pathForComponent(QStringLiteral("ImageComponent"));
+    for (const QString& path : paths) {
+        if (QFileInfo(path).suffix() == QLatin1String("qtz")) {
+            model::QuartzComponent* c =
+                model::QuartzComponent::initWithQuartzCompositionFile(path, &composition, {}, &result.warnings);
+            if (c) {
+                composition.addComponent(c);
+                ++result.componentsAdded;
+            } else {
+                result.ok = false;
+            }
+            continue;
+        }
+        QImage image;
+        if (isPSDFile(path)) {
+            std::string error;
+            auto importer = psd::PSDLayerImporter::fromPath(path, false, &error);
+            if (!importer) {
+                qCWarning(lcDocument) << "Unable to create PSD Importer" << QString::fromStdString(error);
+                continue;
+            }
+            if (!commandKeyPressed) {
+                if (!imageComponent.isEmpty())
+                    result.componentsAdded += importPSDLayers(composition, *importer, imageComponent);
+                continue;
+            }
+            image = importer->mergedImage();  // the flattened picture Photoshop stored
+        } else {
+            image = QImageReader(path).read();
+        }
+        if (image.isNull() || imageComponent.isEmpty()) continue;  // not an image: ignored
+        if (composition.addComponenWithQuartzCompositionFile(imageComponent, {{QStringLiteral("Image"), image}}))
+            ++result.componentsAdded;
+    }
+    return result;
+}
+
+}  // namespace document

@@ -1,0 +1,202 @@
+#include "document/CompositionDocument.h"
+
+#include "document/CompositionExport.h"
+#include "document/Thumbnail.h"
+#include "model/Composition.h"
+#include "model/UndoManager.h"
+#include "model/VideoResolution.h"
+#include "plist/PropertyList.h"
+#include "quartz/QuartzValues.h"
+
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+#include <QLoggingCategory>
+#include <QSaveFile>
+#include <QUrl>
+
+namespace document {
+
+Q_LOGGING_CATEGORY(lcDocument, "velloran.document")
+
+namespace {
+
+bool writeInfoFile(const QVariantMap& info, const QString& path)
+{
+    const auto xml = plist::writeXml(quartz::fileValueForVariant(info));
+    if (!xml) return false;
+    QSaveFile file(path);
+    if (!file.open(QIODevice::WriteOnly)) return false;
+    file.write(xml->data(), qint64(xml->size()));
+    return file.commit();
+}
+
+}  // namespace
+
+CompositionDocument::CompositionDocument() = default;
+CompositionDocument::~CompositionDocument()
+{
+    if (composition_) composition_->cleanUp();
+}
+
+QString CompositionDocument::previewPath()
+{
+    return QDir::temp().filePath(QStringLiteral("VelloranPreview.qtz"));
+}
+
+std::unique_ptr<CompositionDocument> CompositionDocument::emptyDocumentWithResolution(
+    const model::VideoResolution& resolution)
+{
+    auto document = std::make_unique<CompositionDocument>();
+    document->beforeLoad();
+    document->composition_ = document->store().insertNewObject<model::Composition>();
+    document->composition_->setVideoResolution(resolution);
+    document->afterLoad();
+    return document;
+}
+
+std::unique_ptr<CompositionDocument> CompositionDocument::open(const QString& packagePath, QString* error)
+{
+    auto document = std::make_unique<CompositionDocument>();
+    if (!document->readFromURL(packagePath, error)) return nullptr;
+    return document;
+}
+
+QString CompositionDocument::quartzCompositionURL() const
+{
+    return fileURL().isEmpty() ? QString() : QDir(fileURL()).filePath(compositionFileName());
+}
+
+void CompositionDocument::beforeLoad()
+{
+    qCInfo(lcDocument) << "CompositionDocument before load";
+    store().undoManager().disableUndoRegistration();
+}
+
+void CompositionDocument::afterLoad()
+{
+    qCInfo(lcDocument) << "CompositionDocument after load";
+    model::UndoManager& undo = store().undoManager();
+    {
+        model::UndoRegistrationPause quiet(undo);
+        store().processPendingChanges();
+    }
+    undo.enableUndoRegistration();
+    // The first undoable step is the user's.
+    undo.removeAllActions();
+}
+
+bool CompositionDocument::readFromURL(const QString& packagePath, QString* error)
+{
+    qCInfo(lcDocument).noquote() << QStringLiteral("CompositionDocument will read from %1").arg(packagePath);
+    QString reason;
+    if (!PersistentPackageDocument::readFromURL(packagePath, &reason)) {
+        qCWarning(lcDocument).noquote()
+            << QStringLiteral("CompositionDocument failed to read from %1 with error %2").arg(packagePath, reason);
+        if (error) *error = reason;
+        return false;
+    }
+    beforeLoad();
+    composition_->setFileURL(QUrl::fromLocalFile(quartzCompositionURL()));
+    afterLoad();
+    return true;
+}
+
+void CompositionDocument::didReadStore(const model::LoadedStore& loaded)
+{
+    // The store is read without undo registration; what is left is cleared
+    // in afterLoad once the store is ours.
+    if (composition_) composition_->cleanUp();
+    composition_ = loaded.composition;
+    loaded.store->undoManager().removeAllActions();
+}
+
+bool CompositionDocument::revertToContentsOfURL(const QString& packagePath, QString* error)
+{
+    return readFromURL(packagePath, error);
+}
+
+void CompositionDocument::setFileURL(const QString& packagePath)
+{
+    PersistentPackageDocument::setFileURL(packagePath);
+    if (composition_) composition_->setFileURL(QUrl::fromLocalFile(quartzCompositionURL()));
+}
+
+bool CompositionDocument::writeSafelyToURL(const QString& packagePath, SaveOperation operation, QString* error)
+{
+    // Save As onto the document's own location writes nothing at all.
+    if (operation == SaveOperation::SaveAs && !fileURL().isEmpty() && QFileInfo(packagePath) == QFileInfo(fileURL()))
+        return true;
+    QString reason;
+    if (!PersistentPackageDocument::writeSafelyToURL(packagePath, operation, &reason)) {
+        qCWarning(lcDocument).noquote() << QStringLiteral("Could not write document with error is %1").arg(reason);
+        if (error) *error = reason;
+        return false;
+    }
+    const QString quickLook = QDir(packagePath).filePath(QStringLiteral("QuickLook"));
+    if (!QDir().mkpath(quickLook)) {
+        reason = QStringLiteral("Could not create the folder \"%1\".").arg(QDir::toNativeSeparators(quickLook));
+        qCWarning(lcDocument).noquote() << QStringLiteral("Could not create QuickLook folder with error %1").arg(reason);
+        if (error) *error = reason;
+        return false;
+    }
+    writePackageExtras(packagePath);
+    return true;
+}
+
+void CompositionDocument::copyPendingResources()
+{
+    for (const QVariantMap& copy : std::as_const(pendingResources_)) {
+        const QString source = copy.value(QStringLiteral("source")).toString();
+        const QString dest = copy.value(QStringLiteral("dest")).toString();
+        QFile::remove(dest);
+        if (!QFile::copy(source, dest))
+            qCWarning(lcDocument).noquote() << QStringLiteral("Could not embed %1 at %2 with error %3")
+                                                   .arg(source, dest, QStringLiteral("the copy failed"));
+    }
+    pendingResources_.clear();
+}
+
+void CompositionDocument::writePackageExtras(const QString& packagePath)
+{
+    const QDir package(packagePath);
+    writeInfoFile(composition_->compositionInfo(), package.filePath(infoFileName()));
+    copyPendingResources();
+    const QString preview = previewPath();
+    const bool exported =
+        CompositionExport::exportToPath(*composition_, package.filePath(compositionFileName()), false,
+                                        &CompositionExport::documentKey) &&
+        CompositionExport::exportToPath(*composition_, preview, true, &CompositionExport::documentKey);
+    // A failed export costs only the thumbnail; the store is saved.
+    if (!exported) return;
+    QImage picture;
+    if (composition_->posterFrameMode() == 1 && !composition_->posterFrameImage().isNull())
+        picture = composition_->posterFrameImage();
+    else
+        picture = renderThumbnail(preview, QSize(composition_->width(), composition_->height()),
+                                  composition_->posterFrameTimepoint(), QUrl::fromLocalFile(packagePath));
+    writeThumbnail(picture, package.filePath(thumbnailPath()));
+}
+
+bool CompositionDocument::save(QString* error)
+{
+    if (fileURL().isEmpty()) {
+        if (error) *error = QStringLiteral("The document has never been saved; choose a location first.");
+        return false;
+    }
+    return writeSafelyToURL(fileURL(), SaveOperation::Save, error);
+}
+
+bool CompositionDocument::saveAs(const QString& packagePath, QString* error)
+{
+    if (!writeSafelyToURL(packagePath, SaveOperation::SaveAs, error)) return false;
+    setFileURL(packagePath);
+    return true;
+}
+
+QImage CompositionDocument::thumbnail() const
+{
+    return fileURL().isEmpty() ? QImage() : QImage(QDir(fileURL()).filePath(thumbnailPath()));
+}
+
+}  // namespace document

@@ -1,0 +1,68 @@
+#pragma once
+// One open template: a package document holding exactly one composition.
+// Every save also writes, beside the store, the generated composition file
+// that a playout engine plays, the information file and the thumbnail.
+
+#include "document/PersistentPackageDocument.h"
+
+#include <QImage>
+#include <QList>
+#include <QVariantMap>
+
+namespace model {
+class Composition;
+class VideoResolution;
+}  // namespace model
+
+namespace document {
+
+class CompositionDocument : public PersistentPackageDocument {
+public:
+    static QString packageExtension() { return QStringLiteral("composition"); }
+    static QString compositionFileName() { return QStringLiteral("Composition.qtz"); }
+    static QString infoFileName() { return QStringLiteral("CompositionInfo.xml"); }
+    static QString thumbnailPath() { return QStringLiteral("QuickLook/Thumbnail.jpg"); }
+    // The export with the background that the thumbnail is rendered from.
+    static QString previewPath();
+
+    CompositionDocument();
+    ~CompositionDocument() override;
+
+    // A new, never saved document at the given resolution.
+    static std::unique_ptr<CompositionDocument> emptyDocumentWithResolution(const model::VideoResolution& resolution);
+    // Opens a package; null with the reason on failure.
+    static std::unique_ptr<CompositionDocument> open(const QString& packagePath, QString* error);
+
+    model::Composition* composition() const { return composition_; }
+    QString quartzCompositionURL() const;
+
+    bool readFromURL(const QString& packagePath, QString* error) override;
+    bool writeSafelyToURL(const QString& packagePath, SaveOperation operation, QString* error) override;
+    bool revertToContentsOfURL(const QString& packagePath, QString* error) override;
+    void setFileURL(const QString& packagePath) override;
+
+    // What the editor's Save and Save As do: write, then take the location.
+    bool save(QString* error);
+    bool saveAs(const QString& packagePath, QString* error);
+
+    // Copies the next save makes into the package: {"source", "dest"}.
+    QList<QVariantMap>& pendingResources() { return pendingResources_; }
+
+    // The picture of the composition at its poster frame, from a preview
+    // export (see thumbnailFromPreview).
+    QImage thumbnail() const;
+
+protected:
+    void didReadStore(const model::LoadedStore& loaded) override;
+
+private:
+    void beforeLoad();
+    void afterLoad();
+    void writePackageExtras(const QString& packagePath);
+    void copyPendingResources();
+
+    model::Composition* composition_ = nullptr;
+    QList<QVariantMap> pendingResources_;
+};
+
+}  // namespace document

@@ -1,0 +1,53 @@
+#include "document/Thumbnail.h"
+
+#include "model/QuartzComponent.h"
+#include "runtime/Renderer.h"
+
+#include <QSaveFile>
+
+namespace document {
+
+QImage renderThumbnail(const QString& previewPath, QSize size, double posterFrameTimepoint, const QUrl& documentURL)
+{
+    auto composition = runtime::Composition::loadFile(previewPath);
+    if (!composition) return {};
+    runtime::Renderer renderer(composition, size);
+    renderer.userInfo().insert(model::QuartzComponent::documentURLKey(), documentURL);
+    const QString trigger = QStringLiteral("trigger");
+    const QString waiting = QStringLiteral("waitingForTrigger");
+    const bool waits = composition->outputKeys().contains(waiting);
+    if (posterFrameTimepoint < 0) {
+        renderer.render(0.0);
+        return renderer.snapshot();
+    }
+    // The step is the single-precision 0.04, a little shorter than 0.04, so
+    // that a poster frame on a frame boundary is reached, not stepped over.
+    const double step = double(0.04f);
+    bool pulsed = false;
+    for (double t = 0; t <= posterFrameTimepoint; t += step) {
+        renderer.render(t);
+        if (pulsed) {
+            // Each trigger lasts exactly one step.
+            renderer.setInputValue(trigger, false);
+            pulsed = false;
+        } else if (waits && renderer.outputValue(waiting).toBool()) {
+            renderer.setInputValue(trigger, true);
+            pulsed = true;
+        }
+    }
+    return renderer.snapshot();
+}
+
+bool writeThumbnail(const QImage& image, const QString& path)
+{
+    if (image.isNull()) return false;
+    QSaveFile file(path);
+    if (!file.open(QIODevice::WriteOnly)) return false;
+    if (!image.convertToFormat(QImage::Format_RGB32).save(&file, "JPG", 90)) {
+        file.cancelWriting();
+        return false;
+    }
+    return file.commit();
+}
+
+}  // namespace document
