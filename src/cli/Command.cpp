@@ -5,10 +5,20 @@ namespace cli {
 const std::vector<Command>& commands()
 {
     static const std::vector<Command> all = {
+        {"modes", "modes", runModesCommand},
         {"plist", "plist convert --xml|--binary IN OUT", runPlistCommand},
         {"psd", "psd layers FILE.psd", runPsdCommand},
         {"qtz", "qtz inputs FILE.qtz\nqtz check FILE.qtz", runQtzCommand},
-        {"render", "render FILE.qtz --time T [--size WxH] [--input KEY=VALUE]... -o OUT.png", runRenderCommand},
+        {"render", "render FILE.qtz|DOC.composition --time T [--size WxH] [--input KEY=VALUE]... -o OUT.png",
+         runRenderCommand},
+        {"doc",
+         "doc new [--mode NAME] [--duration S] DOC.composition\n"
+         "doc add DOC.composition PATH...\n"
+         "doc info DOC.composition\n"
+         "doc export DOC.composition OUT.qtz [--background]\n"
+         "doc apply DOC.composition EDITS.json\n"
+         "doc dump DOC.composition",
+         runDocCommand},
     };
     return all;
 }

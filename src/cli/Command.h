@@ -31,5 +31,7 @@ int runPlistCommand(const QStringList& args, Streams& io);
 int runPsdCommand(const QStringList& args, Streams& io);
 int runQtzCommand(const QStringList& args, Streams& io);
 int runRenderCommand(const QStringList& args, Streams& io);
+int runDocCommand(const QStringList& args, Streams& io);
+int runModesCommand(const QStringList& args, Streams& io);
 
 }  // namespace cli

@@ -1,6 +1,7 @@
 #include "cli/Command.h"
 
 #include <QGuiApplication>
+#include <QLoggingCategory>
 #include <cstdio>
 
 int main(int argc, char** argv)
@@ -9,6 +10,10 @@ int main(int argc, char** argv)
     // never a display.
     if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM")) qputenv("QT_QPA_PLATFORM", "offscreen");
     QGuiApplication app(argc, argv);
+    // People read stderr for problems; progress notes stay out unless asked
+    // for with QT_LOGGING_RULES.
+    if (qEnvironmentVariableIsEmpty("QT_LOGGING_RULES"))
+        QLoggingCategory::setFilterRules(QStringLiteral("velloran.*.debug=false\nvelloran.*.info=false"));
     QStringList args = QCoreApplication::arguments().mid(1);
     QTextStream out(stdout);
     QTextStream err(stderr);

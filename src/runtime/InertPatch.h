@@ -22,6 +22,7 @@ public:
     using MacroPatch::MacroPatch;
     bool isInert() const override { return true; }
     InputPort* inputForConnection(QStringView key) override;
+    OutputPort* outputForConnection(QStringView key) override;
 };
 
 }  // namespace runtime

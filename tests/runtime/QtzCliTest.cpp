@@ -121,7 +121,7 @@ TEST_F(QtzCli, RenderRejectsBadRequests)
     EXPECT_TRUE(run.err.contains("#RRGGBB")) << run.err.toStdString();
     run = runCli({"render", "doc.composition", "--time", "0", "-o", png});
     EXPECT_EQ(run.code, 1);
-    EXPECT_TRUE(run.err.contains("not available yet")) << run.err.toStdString();
+    EXPECT_TRUE(run.err.contains("cannot open doc.composition")) << run.err.toStdString();
     EXPECT_EQ(runCli({"render", dir.filePath("missing.qtz"), "--time", "0", "-o", png}).code, 1);
 }
 

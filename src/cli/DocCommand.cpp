@@ -1,0 +1,173 @@
+// velloran-cli doc new|add|info|export|apply|dump: composition documents
+// without the editor. Every change is saved through the document's own save,
+// so the package gets its composition file, info file and thumbnail.
+
+#include "cli/Command.h"
+#include "cli/DocEdits.h"
+#include "cli/DocJson.h"
+#include "document/ComponentDrop.h"
+#include "document/CompositionDocument.h"
+#include "document/CompositionExport.h"
+#include "model/Composition.h"
+#include "model/VideoModeCatalogue.h"
+#include "model/VideoResolution.h"
+
+#include <QFile>
+#include <QFileInfo>
+#include <QJsonArray>
+#include <QJsonDocument>
+
+namespace cli {
+
+namespace {
+
+using document::CompositionDocument;
+
+int usage(Streams& io, const QString& problem)
+{
+    io.err << "velloran-cli doc: " << problem << "\n";
+    for (const Command& c : commands())
+        if (QLatin1String(c.name) == QLatin1String("doc"))
+            for (const QString& line : QString::fromUtf8(c.synopsis).split(QLatin1Char('\n')))
+                io.err << "  velloran-cli " << line << "\n";
+    return kUsage;
+}
+
+int failure(Streams& io, const QString& reason)
+{
+    io.err << "velloran-cli: " << reason << "\n";
+    return kFailure;
+}
+
+std::unique_ptr<CompositionDocument> openDocument(const QString& path, Streams& io)
+{
+    QString error;
+    auto document = CompositionDocument::open(path, &error);
+    if (!document) io.err << "velloran-cli: cannot open " << path << ": " << error << "\n";
+    return document;
+}
+
+int save(CompositionDocument& document, Streams& io)
+{
+    QString error;
+    if (!document.save(&error)) return failure(io, QStringLiteral("cannot save %1: %2").arg(document.fileURL(), error));
+    return kSuccess;
+}
+
+void printJson(Streams& io, const QJsonValue& json)
+{
+    const QJsonDocument doc = json.isArray() ? QJsonDocument(json.toArray()) : QJsonDocument(json.toObject());
+    io.out << doc.toJson(QJsonDocument::Indented);
+}
+
+int runNew(const QStringList& args, Streams& io)
+{
+    QString mode = model::VideoResolution::defaultVideoResolution().title();
+    double duration = -1;
+    QString path;
+    for (int i = 0; i < args.size(); ++i) {
+        if (args[i] == QLatin1String("--mode") && i + 1 < args.size()) {
+            mode = args[++i];
+        } else if (args[i] == QLatin1String("--duration") && i + 1 < args.size()) {
+            bool ok = false;
+            duration = args[++i].toDouble(&ok);
+            if (!ok || duration <= 0) return usage(io, QStringLiteral("--duration needs a positive number of seconds"));
+        } else if (args[i].startsWith(QLatin1Char('-')) || !path.isEmpty()) {
+            return usage(io, QStringLiteral("unexpected argument '%1'").arg(args[i]));
+        } else {
+            path = args[i];
+        }
+    }
+    if (path.isEmpty()) return usage(io, QStringLiteral("no document path"));
+    if (!model::VideoModeCatalogue::modeNamed(mode))
+        return failure(io, QStringLiteral("unknown video mode \"%1\" (see velloran-cli modes)").arg(mode));
+    if (QFileInfo::exists(path)) return failure(io, QStringLiteral("%1 already exists").arg(path));
+    auto document = CompositionDocument::emptyDocumentWithResolution(model::VideoResolution(mode));
+    if (duration > 0) document->composition()->setDuration(duration);
+    QString error;
+    if (!document->saveAs(path, &error)) return failure(io, QStringLiteral("cannot save %1: %2").arg(path, error));
+    return kSuccess;
+}
+
+int runAdd(const QStringList& args, Streams& io)
+{
+    if (args.size() < 2) return usage(io, QStringLiteral("doc add needs a document and at least one file"));
+    auto document = openDocument(args[0], io);
+    if (!document) return kFailure;
+    for (const QString& path : args.mid(1))
+        if (!QFileInfo(path).isFile()) return failure(io, QStringLiteral("no file %1").arg(path));
+    const document::DropResult result = document::addComponentsFromPaths(*document->composition(), args.mid(1));
+    if (!result.warnings.isEmpty()) io.err << document::importWarningText(result.warnings) << "\n";
+    if (!result.ok || result.componentsAdded == 0)
+        return failure(io, QStringLiteral("no component could be made of %1").arg(args.mid(1).join(QStringLiteral(", "))));
+    return save(*document, io);
+}
+
+int runInfo(const QStringList& args, Streams& io)
+{
+    if (args.size() != 1) return usage(io, QStringLiteral("doc info needs one document"));
+    auto document = openDocument(args[0], io);
+    if (!document) return kFailure;
+    printJson(io, compositionInfoJson(*document->composition()));
+    return kSuccess;
+}
+
+int runExport(const QStringList& args, Streams& io)
+{
+    const bool background = args.contains(QStringLiteral("--background"));
+    QStringList paths = args;
+    paths.removeAll(QStringLiteral("--background"));
+    if (paths.size() != 2) return usage(io, QStringLiteral("doc export needs a document and an output file"));
+    auto document = openDocument(paths[0], io);
+    if (!document) return kFailure;
+    if (!document::CompositionExport::exportToPath(*document->composition(), paths[1], background,
+                                                    &document::CompositionExport::documentKey))
+        return failure(io, QStringLiteral("cannot export to %1").arg(paths[1]));
+    return kSuccess;
+}
+
+int runApply(const QStringList& args, Streams& io)
+{
+    if (args.size() != 2) return usage(io, QStringLiteral("doc apply needs a document and an edits file"));
+    QFile file(args[1]);
+    if (!file.open(QIODevice::ReadOnly)) return failure(io, QStringLiteral("cannot read %1").arg(args[1]));
+    QJsonParseError parse;
+    const QJsonDocument json = QJsonDocument::fromJson(file.readAll(), &parse);
+    if (parse.error != QJsonParseError::NoError)
+        return failure(io, QStringLiteral("%1 at byte %2: %3").arg(args[1]).arg(parse.offset).arg(parse.errorString()));
+    if (!json.isArray()) return failure(io, QStringLiteral("%1 must hold a JSON array of edits").arg(args[1]));
+    auto document = openDocument(args[0], io);
+    if (!document) return kFailure;
+    QString error;
+    QStringList messages;
+    if (!applyEdits(*document, json.array(), &error, &messages)) return failure(io, error);
+    for (const QString& m : messages) io.err << m << "\n";
+    return save(*document, io);
+}
+
+int runDump(const QStringList& args, Streams& io)
+{
+    if (args.size() != 1) return usage(io, QStringLiteral("doc dump needs one document"));
+    auto document = openDocument(args[0], io);
+    if (!document) return kFailure;
+    printJson(io, compositionJson(*document->composition()));
+    return kSuccess;
+}
+
+}  // namespace
+
+int runDocCommand(const QStringList& args, Streams& io)
+{
+    if (args.isEmpty()) return usage(io, QStringLiteral("missing subcommand"));
+    const QString sub = args.first();
+    const QStringList rest = args.mid(1);
+    if (sub == QLatin1String("new")) return runNew(rest, io);
+    if (sub == QLatin1String("add")) return runAdd(rest, io);
+    if (sub == QLatin1String("info")) return runInfo(rest, io);
+    if (sub == QLatin1String("export")) return runExport(rest, io);
+    if (sub == QLatin1String("apply")) return runApply(rest, io);
+    if (sub == QLatin1String("dump")) return runDump(rest, io);
+    return usage(io, QStringLiteral("unknown subcommand '%1'").arg(sub));
+}
+
+}  // namespace cli

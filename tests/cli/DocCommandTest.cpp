@@ -1,0 +1,253 @@
+// velloran-cli doc ...: documents made, changed, dumped, exported and
+// rendered without the editor, and never left broken.
+
+#include "../support/CliRunner.h"
+#include "../support/ComponentFiles.h"
+
+#include "document/CompositionDocument.h"
+#include "model/Composition.h"
+#include "runtime/Composition.h"
+
+#include <QCryptographicHash>
+#include <QDir>
+#include <QFile>
+#include <QImage>
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QProcess>
+#include <QRandomGenerator>
+#include <QTemporaryDir>
+#include <QThread>
+
+#include <gtest/gtest.h>
+
+namespace {
+
+QJsonObject parseObject(const QString& text)
+{
+    return QJsonDocument::fromJson(text.toUtf8()).object();
+}
+
+QByteArray fileHash(const QString& path)
+{
+    QFile f(path);
+    if (!f.open(QIODevice::ReadOnly)) return {};
+    return QCryptographicHash::hash(f.readAll(), QCryptographicHash::Sha256);
+}
+
+}  // namespace
+
+class DocCommandTest : public ::testing::Test {
+protected:
+    DocCommandTest()
+    {
+        doc = dir.filePath(QStringLiteral("Show.composition"));
+        box = testfiles::writeBoxComposition(
+            QDir(dir.path()), QStringLiteral("Box.qtz"),
+            {{"QCStringPort", QStringLiteral("Title"), QStringLiteral("Title"), plist::Value("Hello")}});
+    }
+
+    QJsonObject dump()
+    {
+        const CliResult r = runCli({QStringLiteral("doc"), QStringLiteral("dump"), doc});
+        EXPECT_EQ(r.code, 0) << r.err.toStdString();
+        return parseObject(r.out);
+    }
+
+    CliResult apply(const QJsonArray& edits)
+    {
+        const QString path = dir.filePath(QStringLiteral("edits.json"));
+        QFile f(path);
+        f.open(QIODevice::WriteOnly | QIODevice::Truncate);
+        f.write(QJsonDocument(edits).toJson());
+        f.close();
+        return runCli({QStringLiteral("doc"), QStringLiteral("apply"), doc, path});
+    }
+
+    static QJsonObject attribute(const QJsonObject& component, const QString& key)
+    {
+        for (const QJsonValue& a : component.value(QLatin1String("attributes")).toArray())
+            if (a.toObject().value(QLatin1String("key")).toString() == key) return a.toObject();
+        return {};
+    }
+
+    QTemporaryDir dir;
+    QString doc;
+    QString box;
+};
+
+TEST_F(DocCommandTest, NewMakesASavedPackage)
+{
+    CliResult r = runCli({QStringLiteral("doc"), QStringLiteral("new"), QStringLiteral("--mode"),
+                          QStringLiteral("720p50 RGBA"), QStringLiteral("--duration"), QStringLiteral("12"), doc});
+    ASSERT_EQ(r.code, 0) << r.err.toStdString();
+    for (const char* file : {"data.xml", "Composition.qtz", "CompositionInfo.xml", "QuickLook/Thumbnail.jpg"})
+        EXPECT_TRUE(QDir(doc).exists(QLatin1String(file))) << file;
+    const QJsonObject model = dump();
+    EXPECT_EQ(model.value(QLatin1String("broadcastMode")).toString(), QStringLiteral("720p50 RGBA"));
+    EXPECT_EQ(model.value(QLatin1String("width")).toInt(), 1280);
+    EXPECT_EQ(model.value(QLatin1String("duration")).toDouble(), 12.0);
+
+    r = runCli({QStringLiteral("doc"), QStringLiteral("info"), doc});
+    ASSERT_EQ(r.code, 0);
+    EXPECT_EQ(parseObject(r.out).value(QLatin1String("width")).toInt(), 1280);
+
+    // Nothing is overwritten, and unknown modes are refused.
+    EXPECT_EQ(runCli({QStringLiteral("doc"), QStringLiteral("new"), doc}).code, 1);
+    EXPECT_EQ(runCli({QStringLiteral("doc"), QStringLiteral("new"), QStringLiteral("--mode"), QStringLiteral("8K"),
+                      dir.filePath(QStringLiteral("Other.composition"))}).code, 1);
+    EXPECT_EQ(runCli({QStringLiteral("doc"), QStringLiteral("new")}).code, 2);
+}
+
+TEST_F(DocCommandTest, AddPlacesFilesAsADropWould)
+{
+    ASSERT_EQ(runCli({QStringLiteral("doc"), QStringLiteral("new"), doc}).code, 0);
+    QImage picture(64, 48, QImage::Format_ARGB32);
+    picture.fill(Qt::green);
+    const QString png = dir.filePath(QStringLiteral("Logo.png"));
+    ASSERT_TRUE(picture.save(png));
+    const CliResult r = runCli({QStringLiteral("doc"), QStringLiteral("add"), doc, box, png});
+    ASSERT_EQ(r.code, 0) << r.err.toStdString();
+    const QJsonArray components = dump().value(QLatin1String("components")).toArray();
+    ASSERT_EQ(components.size(), 2);
+    EXPECT_EQ(components[0].toObject().value(QLatin1String("title")).toString(), QStringLiteral("Box"));
+    const QJsonObject image = components[1].toObject();
+    EXPECT_EQ(attribute(image, QStringLiteral("inputWidth")).value(QLatin1String("currentValue")).toDouble(), 64);
+
+    EXPECT_EQ(runCli({QStringLiteral("doc"), QStringLiteral("add"), doc, dir.filePath(QStringLiteral("none.qtz"))}).code, 1);
+}
+
+TEST_F(DocCommandTest, ApplyDrivesTheModel)
+{
+    ASSERT_EQ(runCli({QStringLiteral("doc"), QStringLiteral("new"), doc}).code, 0);
+    const QJsonArray edits = QJsonDocument::fromJson(QStringLiteral(R"([
+        {"op": "composition", "duration": 20, "backgroundMode": 1, "backgroundColor": "#102030", "showsRulers": true},
+        {"op": "add", "path": "%1", "inputs": {"Title": "Breaking"}, "title": "Strap"},
+        {"op": "add", "path": "%1"},
+        {"op": "set", "component": "Strap", "key": "Color", "value": "#FF000080"},
+        {"op": "permission", "component": 0, "key": "Title", "allowed": true},
+        {"op": "animate", "component": 0, "key": "originX", "on": true},
+        {"op": "keyframe", "component": 0, "key": "originX", "time": 0, "value": 0},
+        {"op": "keyframe", "component": 0, "key": "originX", "time": 2, "value": 500},
+        {"op": "time", "t": 1},
+        {"op": "component", "component": 1, "title": "Second", "start": 3, "end": 9},
+        {"op": "select", "components": [0, "Second"]},
+        {"op": "command", "name": "alignComponents", "mode": 5},
+        {"op": "stopFrame", "time": 4, "name": "Out"},
+        {"op": "ruler", "position": 540, "horizontal": true}
+    ])").arg(box).toUtf8()).array();
+    ASSERT_EQ(edits.size(), 14);
+    const CliResult r = apply(edits);
+    ASSERT_EQ(r.code, 0) << r.err.toStdString();
+
+    const QJsonObject model = dump();
+    EXPECT_EQ(model.value(QLatin1String("duration")).toDouble(), 20);
+    EXPECT_EQ(model.value(QLatin1String("backgroundMode")).toInt(), 1);
+    EXPECT_EQ(model.value(QLatin1String("stopFrames")).toArray().size(), 1);
+    EXPECT_EQ(model.value(QLatin1String("rulers")).toArray().size(), 1);
+    const QJsonArray components = model.value(QLatin1String("components")).toArray();
+    ASSERT_EQ(components.size(), 2);
+    const QJsonObject strap = components[0].toObject();
+    EXPECT_EQ(strap.value(QLatin1String("title")).toString(), QStringLiteral("Strap"));
+    EXPECT_EQ(attribute(strap, QStringLiteral("Title")).value(QLatin1String("currentValue")).toString(), QStringLiteral("Breaking"));
+    EXPECT_TRUE(attribute(strap, QStringLiteral("Title")).value(QLatin1String("permissionToChange")).toBool());
+    EXPECT_EQ(attribute(strap, QStringLiteral("Color")).value(QLatin1String("currentValue")).toString(), QStringLiteral("#ff000080"));
+    const QJsonObject originX = attribute(strap, QStringLiteral("originX"));
+    EXPECT_TRUE(originX.value(QLatin1String("animateable")).toBool());
+    EXPECT_EQ(originX.value(QLatin1String("values")).toObject().value(QLatin1String("2")).toDouble(), 500);
+    const QJsonObject second = components[1].toObject();
+    EXPECT_EQ(second.value(QLatin1String("startTime")).toDouble(), 3);
+    // Aligned bottoms: both at the lower of the two.
+    EXPECT_EQ(attribute(second, QStringLiteral("originY")).value(QLatin1String("currentValue")).toDouble(),
+              attribute(strap, QStringLiteral("originY")).value(QLatin1String("currentValue")).toDouble());
+}
+
+TEST_F(DocCommandTest, ABadEditChangesNothingOnDisk)
+{
+    ASSERT_EQ(runCli({QStringLiteral("doc"), QStringLiteral("new"), doc}).code, 0);
+    const QByteArray before = fileHash(QDir(doc).filePath(QStringLiteral("data.xml")));
+    const QJsonArray edits = QJsonDocument::fromJson(QStringLiteral(R"([
+        {"op": "composition", "duration": 30},
+        {"op": "add", "path": "%1"},
+        {"op": "set", "component": 0, "key": "originX", "value": "far left"}
+    ])").arg(box).toUtf8()).array();
+    const CliResult r = apply(edits);
+    EXPECT_EQ(r.code, 1);
+    EXPECT_TRUE(r.err.contains(QStringLiteral("edit 2:"))) << r.err.toStdString();
+    EXPECT_EQ(fileHash(QDir(doc).filePath(QStringLiteral("data.xml"))), before);
+
+    for (const char* bad : {R"([{"op": "set", "component": 5, "key": "x", "value": 1}])",
+                            R"([{"op": "set", "component": "Nobody", "key": "x", "value": 1}])",
+                            R"([{"op": "explode"}])", R"([{"op": "command", "name": "formatDisk"}])"}) {
+        EXPECT_EQ(apply(QJsonDocument::fromJson(bad).array()).code, 1) << bad;
+    }
+    EXPECT_EQ(fileHash(QDir(doc).filePath(QStringLiteral("data.xml"))), before);
+}
+
+TEST_F(DocCommandTest, ExportAndRenderPlayTheTemplate)
+{
+    ASSERT_EQ(runCli({QStringLiteral("doc"), QStringLiteral("new"), doc}).code, 0);
+    const QJsonArray edits = QJsonDocument::fromJson(QStringLiteral(R"([
+        {"op": "add", "path": "%1"},
+        {"op": "set", "component": 0, "key": "Color", "value": "#0000FF"},
+        {"op": "set", "component": 0, "key": "originX", "value": 100},
+        {"op": "set", "component": 0, "key": "originY", "value": 100}
+    ])").arg(box).toUtf8()).array();
+    ASSERT_EQ(apply(edits).code, 0);
+
+    const QString exported = dir.filePath(QStringLiteral("Show.qtz"));
+    ASSERT_EQ(runCli({QStringLiteral("doc"), QStringLiteral("export"), doc, exported}).code, 0);
+    auto loaded = runtime::Composition::loadFile(exported);
+    ASSERT_TRUE(loaded);
+    EXPECT_TRUE(loaded->inputKeys().contains(QStringLiteral("clear_enable")));
+
+    const QString png = dir.filePath(QStringLiteral("frame.png"));
+    const CliResult r = runCli({QStringLiteral("render"), doc, QStringLiteral("--time"), QStringLiteral("1"),
+                                QStringLiteral("-o"), png});
+    ASSERT_EQ(r.code, 0) << r.err.toStdString();
+    const QImage frame(png);
+    EXPECT_EQ(frame.size(), QSize(1920, 1080));
+    EXPECT_GT(frame.pixelColor(200, 1080 - 150).blue(), 200);
+}
+
+TEST_F(DocCommandTest, ModesListTheCatalogue)
+{
+    const CliResult r = runCli({QStringLiteral("modes")});
+    ASSERT_EQ(r.code, 0);
+    const QJsonArray modes = QJsonDocument::fromJson(r.out.toUtf8()).array();
+    bool found = false;
+    for (const QJsonValue& m : modes)
+        found |= m.toObject().value(QLatin1String("name")).toString() == QLatin1String("1080i25 RGBA");
+    EXPECT_TRUE(found);
+}
+
+// A save killed at any moment leaves a package that opens with all its
+// data: the old state or the new one, never a broken one.
+TEST_F(DocCommandTest, KilledSavesLeaveAnOpenablePackage)
+{
+    ASSERT_EQ(runCli({QStringLiteral("doc"), QStringLiteral("new"), doc}).code, 0);
+    ASSERT_EQ(runCli({QStringLiteral("doc"), QStringLiteral("add"), doc, box}).code, 0);
+    QRandomGenerator random(7);
+    for (int round = 0; round < 12; ++round) {
+        const QString edits = dir.filePath(QStringLiteral("round.json"));
+        QFile f(edits);
+        f.open(QIODevice::WriteOnly | QIODevice::Truncate);
+        f.write(QStringLiteral(R"([{"op": "composition", "duration": %1}, {"op": "add", "path": "%2"}])")
+                    .arg(10 + round)
+                    .arg(box)
+                    .toUtf8());
+        f.close();
+        QProcess child;
+        child.start(QStringLiteral(VELLORAN_CLI_PATH), {QStringLiteral("doc"), QStringLiteral("apply"), doc, edits});
+        ASSERT_TRUE(child.waitForStarted());
+        QThread::msleep(random.bounded(5, 120));
+        child.kill();
+        child.waitForFinished();
+
+        QString error;
+        auto opened = document::CompositionDocument::open(doc, &error);
+        ASSERT_TRUE(opened) << "round " << round << ": " << error.toStdString();
+        EXPECT_GE(opened->composition()->componentArray().size(), 1u);
+    }
+}
