@@ -3,6 +3,9 @@
 
 #include "BenchTools.h"
 
+#include <QGuiApplication>
+#include <QLoggingCategory>
+
 #include <benchmark/benchmark.h>
 
 #include <cstdio>
@@ -29,6 +32,17 @@ bool registerTool(const char* name, const char* usage, ToolFunction function)
 {
     tools()[name] = Tool{usage, function};
     return true;
+}
+
+void ensureApplication()
+{
+    if (QCoreApplication::instance()) return;
+    qputenv("QT_QPA_PLATFORM", "offscreen");
+    static int argc = 1;
+    static char name[] = "velloran-bench";
+    static char* argv[] = {name, nullptr};
+    static QGuiApplication app(argc, argv);
+    QLoggingCategory::setFilterRules(QStringLiteral("velloran.*.debug=false\nvelloran.*.info=false"));
 }
 
 }  // namespace bench

@@ -10,4 +10,7 @@ using ToolFunction = int (*)(int argc, char** argv);  // the arguments after --N
 // Call at static initialisation: `static const bool registered = registerTool(...)`.
 bool registerTool(const char* name, const char* usage, ToolFunction function);
 
+// A GUI application on the offscreen platform, for fonts and images; made once.
+void ensureApplication();
+
 }  // namespace bench

@@ -5,6 +5,7 @@
 //    one string every frame (a ticker), the worst case for text.
 //  - BM_LoadCorpusFile/<name>: loading each file of the shared corpus
 //    (parse, build, describe ports); the target is under 20 ms each.
+#include "BenchTools.h"
 #include "runtime/Composition.h"
 #include "runtime/Renderer.h"
 
@@ -21,16 +22,6 @@
 #include <benchmark/benchmark.h>
 
 namespace {
-
-void ensureApplication()
-{
-    if (QCoreApplication::instance()) return;
-    qputenv("QT_QPA_PLATFORM", "offscreen");
-    static int argc = 1;
-    static char name[] = "velloran-bench";
-    static char* argv[] = {name, nullptr};
-    static QGuiApplication app(argc, argv);
-}
 
 plist::Value portStates(std::initializer_list<std::pair<const char*, plist::Value>> values)
 {
@@ -113,7 +104,7 @@ std::shared_ptr<const runtime::Composition> broadcastScene()
 
 void renderBroadcastFrame(benchmark::State& state, bool changingText)
 {
-    ensureApplication();
+    bench::ensureApplication();
     runtime::Renderer renderer(broadcastScene(), QSize(1920, 1080));
     renderer.render(0);  // decode the images and lay out the text once
     double t = 0;
@@ -133,7 +124,7 @@ void registerCorpusBenchmarks()
     for (const QString& name : corpus.entryList({QStringLiteral("*.qtz")}, QDir::Files, QDir::Name)) {
         const QString path = corpus.filePath(name);
         benchmark::RegisterBenchmark(("BM_LoadCorpusFile/" + name.toStdString()).c_str(), [path](benchmark::State& state) {
-            ensureApplication();
+            bench::ensureApplication();
             for (auto _ : state) benchmark::DoNotOptimize(runtime::Composition::loadFile(path));
         })->Unit(benchmark::kMillisecond);
     }

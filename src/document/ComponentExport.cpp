@@ -69,10 +69,10 @@ public:
 private:
     bool addComponentNode()
     {
-        QString error;
-        auto source = QuartzComposition::compositionWithData(component_.quartzCompositionData(), &error);
+        const plist::Value document = component_.quartzCompositionDocument();
+        auto source = document.isDictionary() ? std::make_unique<QuartzComposition>(document) : nullptr;
         if (!source || source->rootPatch().nodes().empty()) {
-            qCWarning(lcExport) << "Skipping component" << component_.title() << "without a usable composition" << error;
+            qCWarning(lcExport) << "Skipping component" << component_.title() << "without a usable composition";
             return false;
         }
         componentRoot_ = std::move(source);

@@ -48,6 +48,9 @@ public:
     void setCompositionFilename(const QString& path) { setStoredValue(QStringLiteral("compositionFilename"), path); }
     QByteArray quartzCompositionData() const { return storedValue(QStringLiteral("quartzCompositionData")).toByteArray(); }
     void setQuartzCompositionData(const QByteArray& data) { setStoredValue(QStringLiteral("quartzCompositionData"), data); }
+    // The stored data as a property list (null when it is none), parsed
+    // once for as long as the data stays the same.
+    plist::Value quartzCompositionDocument() const;
     double startTime() const { return storedValue(QStringLiteral("startTime")).toDouble(); }
     void setStartTime(double t);
     double endTime() const { return storedValue(QStringLiteral("endTime")).toDouble(); }
@@ -202,6 +205,8 @@ private:
 
     QPointer<Attribute> originX_, originY_, width_, height_, opacity_, zRotation_, marginX_, marginY_, visible_;
     std::vector<std::pair<QPointer<Attribute>, ObservationToken>> geometryObservations_;
+    mutable QByteArray parsedData_;
+    mutable plist::Value parsedDocument_;
     std::shared_ptr<const runtime::Composition> loadedComposition_;
     std::unique_ptr<runtime::Renderer> renderer_;
     const void* renderContext_ = nullptr;

@@ -3,6 +3,7 @@
 
 #include "model/Composition.h"
 #include "model/QuartzComponent.h"
+#include "plist/PropertyList.h"
 #include "runtime/Renderer.h"
 
 #include <QFile>
@@ -52,6 +53,18 @@ bool QuartzComponent::initializeQuartzComposition()
     setRenderer(std::make_unique<runtime::Renderer>(loaded, QSize(32, 32)));
     renderContext_ = nullptr;
     return true;
+}
+
+plist::Value QuartzComponent::quartzCompositionDocument() const
+{
+    const QByteArray data = quartzCompositionData();
+    if (data.isEmpty()) return {};
+    if (parsedDocument_.isNull() || parsedData_ != data) {
+        auto parsed = plist::read(std::string_view(data.constData(), size_t(data.size())));
+        parsedDocument_ = parsed ? std::move(*parsed) : plist::Value();
+        parsedData_ = data;
+    }
+    return parsedDocument_;
 }
 
 void QuartzComponent::setAttributeValuesOnQuartzComposition()

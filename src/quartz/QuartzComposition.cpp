@@ -101,27 +101,16 @@ std::optional<QByteArray> QuartzComposition::fileDataByRemovingPixelFormatSettin
 {
     Value tree = dictionary_;
     tree.set(kRootPatch, rootPatch_->patchDataForFileData(dictionary_));
-    // Serialise, read back and serialise again: the second pass is what is
-    // written, so what we write is exactly what a reader of the file gets.
+    // Removing works on shared containers: only the ones on the way to a
+    // setting are copied, so a large graph is not duplicated to write it.
+    if (strip) removePixelFormatSettingFromCollection(tree);
     std::string error;
-    const auto first = plist::writeXml(tree, &error);
-    if (!first) {
+    const auto text = plist::writeXml(tree, &error);
+    if (!text) {
         qCCritical(lcQuartz, "Error when serializing QTZ: %s", error.c_str());
         return std::nullopt;
     }
-    auto parsed = plist::readXml(*first, &error);
-    if (!parsed) {
-        qCCritical(lcQuartz, "Error when deserializing QTZ: %s", error.c_str());
-        return std::nullopt;
-    }
-    if (!strip) return QByteArray(first->data(), qsizetype(first->size()));
-    removePixelFormatSettingFromCollection(*parsed);
-    const auto second = plist::writeXml(*parsed, &error);
-    if (!second) {
-        qCCritical(lcQuartz, "Error when serializing QTZ: %s", error.c_str());
-        return std::nullopt;
-    }
-    return QByteArray(second->data(), qsizetype(second->size()));
+    return QByteArray(text->data(), qsizetype(text->size()));
 }
 
 bool QuartzComposition::writeToFile(const QString& path, bool removePixelFormatSetting) const
@@ -137,8 +126,28 @@ bool QuartzComposition::writeToFile(const QString& path, bool removePixelFormatS
     return file.commit();
 }
 
+namespace {
+
+// Whether a collection holds the pixel-format setting anywhere below it, in
+// the places the removal looks (a dictionary that has it is not searched on).
+bool holdsPixelFormatSetting(const Value& node)
+{
+    if (node.isArray()) {
+        for (const Value& element : node.array())
+            if (holdsPixelFormatSetting(element)) return true;
+    } else if (node.isDictionary()) {
+        if (node.contains("pixelFormat")) return true;
+        for (const auto& [key, value] : node.dictionary())
+            if ((value.isArray() || value.isDictionary()) && holdsPixelFormatSetting(value)) return true;
+    }
+    return false;
+}
+
+}  // namespace
+
 void QuartzComposition::removePixelFormatSettingFromCollection(Value& node)
 {
+    if (!holdsPixelFormatSetting(node)) return;  // nothing to change: keep it shared
     if (node.isArray()) {
         for (Value& element : node.mutableArray()) removePixelFormatSettingFromCollection(element);
     } else if (node.isDictionary()) {

@@ -182,16 +182,20 @@ QuartzPatch* QuartzPatch::addNode(std::unique_ptr<QuartzPatch> child)
 
 QString QuartzPatch::uniqueChildKey(const QString& patchClass) const
 {
+    // Keys are compared in place: a large graph has thousands of children
+    // and the first candidate is usually free.
+    const std::string prefix = quartz::toStd(patchClass) + '_';
     for (int n = 1;; ++n) {
-        const QString candidate = QStringLiteral("%1_%2").arg(patchClass).arg(n);
+        const std::string candidate = prefix + std::to_string(n);
         bool taken = false;
         for (const auto& child : nodes_) {
-            if (child->key() == candidate) {
+            const plist::Value* key = child->data_.find("key");
+            if (key && key->string() == candidate) {
                 taken = true;
                 break;
             }
         }
-        if (!taken) return candidate;
+        if (!taken) return quartz::toQt(candidate);
     }
 }
 
@@ -216,14 +220,22 @@ void QuartzPatch::addConnectionFromComponent(const QString& sourceNode, const QS
                                              const QString& destinationNode, const QString& destinationPort)
 {
     Value& connections = mutableState().mutableDictionary()[kConnections];
+    // A graph built connection by connection would rescan every name each
+    // time; the largest number is remembered for as long as the connections
+    // are the ones this patch last counted.
     long long largest = 0;
-    for (const auto& [name, connection] : connections.dictionary()) {
-        if (name.size() < 11) continue;
-        // The text after "connection_" read as an integer, as the editor does.
-        long long n = 0;
-        const char* digits = name.data() + 11;
-        std::from_chars(digits, name.data() + name.size(), n);
-        if (n > largest) largest = n;
+    const ConnectionCount now{connections.payloadIdentity(), connections.size()};
+    if (connectionCount_.identity && now.identity == connectionCount_.identity && now.size == connectionCount_.size) {
+        largest = connectionCount_.largest;
+    } else {
+        for (const auto& [name, connection] : connections.dictionary()) {
+            if (name.size() < 11) continue;
+            // The text after "connection_" read as an integer, as the editor does.
+            long long n = 0;
+            const char* digits = name.data() + 11;
+            std::from_chars(digits, name.data() + name.size(), n);
+            if (n > largest) largest = n;
+        }
     }
     Value connection = Value::emptyDictionary();
     connection.set("destinationNode", quartz::toStd(destinationNode));
@@ -231,6 +243,7 @@ void QuartzPatch::addConnectionFromComponent(const QString& sourceNode, const QS
     connection.set("sourceNode", quartz::toStd(sourceNode));
     connection.set("sourcePort", quartz::toStd(sourcePort));
     connections.set("connection_" + std::to_string(largest + 1), std::move(connection));
+    connectionCount_ = {connections.payloadIdentity(), connections.size(), largest + 1};
 }
 
 void QuartzPatch::publishPort(const QString& port, const QString& name, const std::optional<QString>& label)

@@ -89,4 +89,13 @@ private:
     std::vector<std::unique_ptr<QuartzPatch>> nodes_;
     QuartzPatch* parent_ = nullptr;
     QuartzComposition* owner_ = nullptr;
+
+    // The connections as last counted: which container, how many, the
+    // largest number among their names.
+    struct ConnectionCount {
+        const void* identity = nullptr;
+        std::size_t size = 0;
+        long long largest = 0;
+    };
+    ConnectionCount connectionCount_;
 };
