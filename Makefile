@@ -30,8 +30,10 @@ configure: deps
 build: configure
 	@cmake --build $(BUILD_DIR) -j $(JOBS) $(if $(BUILD_TARGETS),--target $(BUILD_TARGETS),)
 
+DEMO_DOCUMENT = resources/demo/Demo.composition
+
 run: build
-	@$(BUILD_DIR)/src/cli/velloran-cli --help
+	@if [ -d $(DEMO_DOCUMENT) ]; then $(BUILD_DIR)/src/app/velloran $(DEMO_DOCUMENT); else $(BUILD_DIR)/src/app/velloran; fi
 
 test: build
 	@cd $(BUILD_DIR) && QT_QPA_PLATFORM=offscreen ctest $(CTEST_ARGS)

@@ -33,3 +33,18 @@ function(velloran_test name label)
     VELLORAN_CORPUS_DIR="${PROJECT_SOURCE_DIR}/../shared/qtz-corpus")
   gtest_discover_tests(${name} DISCOVERY_MODE PRE_TEST PROPERTIES LABELS ${label})
 endfunction()
+
+# Widget tests need a QApplication rather than a QGuiApplication.
+add_library(velloran_widget_test_main STATIC ${PROJECT_SOURCE_DIR}/tests/support/WidgetTestMain.cpp)
+target_link_libraries(velloran_widget_test_main PUBLIC GTest::gtest Qt6::Widgets Qt6::Test)
+
+# velloran_widget_test(NAME LABEL SOURCES... DEPENDS libs...): as velloran_test,
+# run inside a QApplication on the offscreen platform.
+function(velloran_widget_test name label)
+  cmake_parse_arguments(ARG "" "" "SOURCES;DEPENDS" ${ARGN})
+  add_executable(${name} ${ARG_SOURCES})
+  target_link_libraries(${name} PRIVATE velloran_options ${ARG_DEPENDS} velloran_widget_test_main)
+  target_compile_definitions(${name} PRIVATE VELLORAN_SOURCE_DIR="${PROJECT_SOURCE_DIR}")
+  gtest_discover_tests(${name} DISCOVERY_MODE PRE_TEST
+    PROPERTIES LABELS ${label} ENVIRONMENT QT_QPA_PLATFORM=offscreen)
+endfunction()

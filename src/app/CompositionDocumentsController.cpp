@@ -1,0 +1,118 @@
+#include "app/CompositionDocumentsController.h"
+
+#include "app/VLWindowController.h"
+#include "document/CompositionDocument.h"
+#include "model/VideoModeCatalogue.h"
+#include "model/VideoResolution.h"
+
+#include <QDir>
+#include <QFileDialog>
+#include <QFileInfo>
+#include <QLoggingCategory>
+#include <QMenu>
+#include <QMessageBox>
+
+namespace app {
+
+Q_LOGGING_CATEGORY(lcDocuments, "velloran.documents")
+
+CompositionDocumentsController::CompositionDocumentsController(QObject* parent) : QObject(parent) {}
+
+std::vector<VLWindowController*> CompositionDocumentsController::windows() const
+{
+    std::vector<VLWindowController*> result;
+    for (const auto& window : windows_)
+        if (window) result.push_back(window);
+    return result;
+}
+
+QString CompositionDocumentsController::nextUntitledName()
+{
+    ++untitledCount_;
+    return untitledCount_ == 1 ? tr("Untitled") : tr("Untitled %1").arg(untitledCount_);
+}
+
+VLWindowController* CompositionDocumentsController::show(VLWindowController* window)
+{
+    windows_.emplace_back(window);
+    window->show();
+    window->raise();
+    window->activateWindow();
+    return window;
+}
+
+VLWindowController* CompositionDocumentsController::newDocument()
+{
+    qCInfo(lcDocuments) << "CompositionDocumentsController will create a new document";
+    return newDocumentWithMode(model::VideoResolution::defaultVideoResolution().title());
+}
+
+VLWindowController* CompositionDocumentsController::newDocumentWithMode(const QString& broadcastMode)
+{
+    qCInfo(lcDocuments) << "CompositionDocumentsController will open an untitled document";
+    model::VideoResolution resolution = model::VideoResolution::videoResolutionForBroadcastMode(broadcastMode);
+    if (!resolution.isValid()) resolution = model::VideoResolution::defaultVideoResolution();
+    if (!resolution.isValid()) resolution = model::VideoResolution(model::VideoModeCatalogue::defaultModeName());
+    if (!resolution.isValid()) return nullptr;
+    auto document = document::CompositionDocument::emptyDocumentWithResolution(resolution);
+    return show(new VLWindowController(std::move(document), nextUntitledName(), this));
+}
+
+VLWindowController* CompositionDocumentsController::openDocument(const QString& chosen, QWidget* parent, QString* error)
+{
+    // A package is a folder; picking the store inside it means the package.
+    QString path = QFileInfo(chosen).absoluteFilePath();
+    if (QFileInfo(path).fileName() == document::CompositionDocument::storeFileName())
+        path = QFileInfo(path).absolutePath();
+    for (VLWindowController* window : windows()) {
+        if (!window->document()->fileURL().isEmpty() && QFileInfo(window->document()->fileURL()) == QFileInfo(path)) {
+            window->raise();
+            window->activateWindow();
+            return window;
+        }
+    }
+    QString reason;
+    auto document = document::CompositionDocument::open(path, &reason);
+    if (!document) {
+        if (error) *error = reason;
+        if (parent || windows().empty()) {
+            QMessageBox box(QMessageBox::Warning, tr("Open"),
+                            tr("The document “%1” could not be opened.").arg(QFileInfo(path).fileName()),
+                            QMessageBox::NoButton, parent);
+            box.setInformativeText(reason);
+            box.addButton(tr("Ok"), QMessageBox::AcceptRole);
+            box.exec();
+        }
+        return nullptr;
+    }
+    return show(new VLWindowController(std::move(document), QString(), this));
+}
+
+void CompositionDocumentsController::openDocumentWithPanel(QWidget* parent)
+{
+    // Packages are folders, so the panel chooses folders.
+    QFileDialog dialog(parent, tr("Open"));
+    dialog.setFileMode(QFileDialog::Directory);
+    dialog.setOption(QFileDialog::DontUseNativeDialog);
+    dialog.setNameFilter(tr("Compositions (*.composition)"));
+    dialog.setDirectory(QDir::homePath());
+    if (dialog.exec() != QDialog::Accepted || dialog.selectedFiles().isEmpty()) return;
+    openDocument(dialog.selectedFiles().constFirst(), parent);
+}
+
+void CompositionDocumentsController::fillNewDocumentMenu(QMenu* menu)
+{
+    const QString preferred = model::VideoResolution::defaultVideoResolution().title();
+    QString group;
+    for (const model::VideoMode& mode : model::VideoModeCatalogue::modes()) {
+        if (mode.pixelFormat != QLatin1String("rgba") || (mode.offered != 0 && mode.offered != 1)) continue;
+        if (!group.isNull() && mode.group != group) menu->addSeparator();
+        group = mode.group;
+        QAction* action = menu->addAction(mode.name);
+        if (mode.name == preferred) action->setText(mode.name + tr("  (default)"));
+        const QString name = mode.name;
+        connect(action, &QAction::triggered, this, [this, name] { newDocumentWithMode(name); });
+    }
+}
+
+}  // namespace app

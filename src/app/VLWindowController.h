@@ -1,0 +1,109 @@
+#pragma once
+// One document window: the canvas in the middle, the toolbar above it, the
+// menus that run the document's commands, and the status line with the
+// playhead's timecode. The window owns its document; closing it always
+// asks whether to save, since a template counts as edited once opened.
+
+#include <QMainWindow>
+
+#include <functional>
+#include <memory>
+
+class QLabel;
+
+namespace document {
+class CompositionDocument;
+class DocumentCommands;
+struct Alert;
+}  // namespace document
+
+namespace canvas {
+class CompositionView;
+class VLMainToolbar;
+class VLZoomScrollView;
+}  // namespace canvas
+
+namespace app {
+
+class CompositionDocumentsController;
+
+class VLWindowController : public QMainWindow {
+    Q_OBJECT
+public:
+    enum class CloseAnswer { Save, DontSave, Cancel };
+    using CloseQuestion = std::function<CloseAnswer(VLWindowController&)>;
+    // Where Save As and Export write; empty when the user cancels.
+    using PathChooser = std::function<QString(VLWindowController&, const QString& kind)>;
+
+    VLWindowController(std::unique_ptr<document::CompositionDocument> document, const QString& untitledName,
+                       CompositionDocumentsController* controller = nullptr);
+    ~VLWindowController() override;
+
+    document::CompositionDocument* document() const { return document_.get(); }
+    document::DocumentCommands* commands() const { return commands_.get(); }
+    canvas::CompositionView* compositionView() const { return view_; }
+    canvas::VLZoomScrollView* scrollView() const { return scrollView_; }
+    canvas::VLMainToolbar* mainToolbar() const { return toolbar_; }
+    // A menu action by its object name (the command names: "save", "undo",
+    // "bringToFront", "zoom100", ...).
+    QAction* action(const QString& name) const;
+
+    QString displayName() const;
+    QString windowTitleForDocumentDisplayName(const QString& displayName) const;
+
+    // Save asks for a location when the document has none. Both report a
+    // failure in a message box and keep the document open and unchanged.
+    bool saveDocument();
+    bool saveDocumentAs();
+    bool saveDocumentTo(const QString& packagePath);
+    void revertDocumentToSaved();
+    bool exportDocumentTo(const QString& path);
+
+    void setCloseQuestion(CloseQuestion question) { closeQuestion_ = std::move(question); }
+    void setPathChooser(PathChooser chooser) { pathChooser_ = std::move(chooser); }
+
+    // Shows a command's alert on this window.
+    void showAlert(const document::Alert& alert);
+
+protected:
+    void closeEvent(QCloseEvent* event) override;
+
+private:
+    void buildMenus();
+    void buildFileMenu();
+    void buildEditMenu();
+    void buildArrangeMenu();
+    void buildCompositionMenu();
+    void buildViewMenu();
+    QAction* addCommand(QMenu* menu, const QString& name, const QString& title, const QKeySequence& shortcut,
+                        std::function<void()> run);
+    void attachDocument();
+    void detachDocument();
+    void observeDocument();
+    void updateTitle();
+    void updateUndoActions();
+    void updateSelectionActions();
+    void updateViewActions();
+    void updateStatus();
+    void showError(const QString& title, const QString& text);
+    static CloseAnswer askToSave(VLWindowController& window);
+    static QString choosePath(VLWindowController& window, const QString& kind);
+
+    std::unique_ptr<document::CompositionDocument> document_;
+    std::unique_ptr<document::DocumentCommands> commands_;
+    CompositionDocumentsController* controller_;
+    QString untitledName_;
+    canvas::CompositionView* view_;
+    canvas::VLZoomScrollView* scrollView_;
+    canvas::VLMainToolbar* toolbar_;
+    QLabel* timecodeLabel_;
+    QLabel* formatLabel_;
+    QLabel* selectionLabel_;
+    QLabel* zoomLabel_;
+    CloseQuestion closeQuestion_ = &VLWindowController::askToSave;
+    PathChooser pathChooser_ = &VLWindowController::choosePath;
+    QHash<QString, QAction*> actions_;
+    QMetaObject::Connection undoConnection_;
+};
+
+}  // namespace app

@@ -1,0 +1,132 @@
+#include "canvas/CanvasLayers.h"
+
+#include "canvas/CanvasSnapping.h"
+#include "model/Composition.h"
+
+#include <QPainter>
+
+#include <cmath>
+
+namespace canvas {
+
+QImage DrawingAreaLayer::chessBoardPatternForWidth(int pixelWidth, int pixelHeight)
+{
+    QImage image(std::max(pixelWidth, 1), std::max(pixelHeight, 1), QImage::Format_RGB32);
+    image.fill(chessboardColor1());
+    const int rows = pixelWidth / 64;
+    if (rows <= 0) return image;
+    const double side = double(pixelHeight) / rows;
+    QPainter painter(&image);
+    painter.setPen(Qt::NoPen);
+    painter.setBrush(chessboardColor2());
+    auto column = [&](double x, int parity) {
+        for (int row = parity; row < rows; row += 2)
+            painter.drawRect(QRectF(x, pixelHeight - side * (row + 1), side, side));
+    };
+    // Columns run outwards from the middle, so the pattern is centred.
+    int parity = 0;
+    for (double x = pixelWidth / 2.0; x < pixelWidth; x += side, parity ^= 1) column(x, parity);
+    parity = 0;
+    for (double x = pixelWidth / 2.0 - side; x > -side; x -= side) {
+        parity ^= 1;
+        column(x, parity);
+    }
+    return image;
+}
+
+void DrawingAreaLayer::paint(QPainter& painter, const CanvasGeometry& geometry, const model::Composition& composition)
+{
+    const QRectF area = geometry.drawingAreaRect();
+    painter.save();
+    // A soft shadow down and to the right lifts the page off the backdrop.
+    painter.setPen(Qt::NoPen);
+    for (int i = 3; i >= 1; --i) {
+        painter.setBrush(QColor(0, 0, 0, 40 + 20 * (3 - i)));
+        painter.drawRect(area.translated(i, i).adjusted(-1, -1, 1, 1));
+    }
+
+    int mode = composition.backgroundMode();
+    if (mode < 0 || mode > 2) mode = lastMode_;
+    lastMode_ = mode;
+    if (mode == model::kBackgroundColor) {
+        const QColor color = composition.backgroundColor();
+        painter.fillRect(area, color.isValid() ? color : QColor(Qt::white));
+    } else if (mode == model::kBackgroundImage && !composition.backgroundImage().isNull()) {
+        painter.setRenderHint(QPainter::SmoothPixmapTransform);
+        painter.drawImage(area, composition.backgroundImage());
+    } else {
+        const QSize size = composition.size().toSize();
+        if (chessboard_.size() != size) chessboard_ = chessBoardPatternForWidth(size.width(), size.height());
+        painter.drawImage(area, chessboard_);
+    }
+    painter.setPen(QPen(QColor(128, 128, 128, 128), 1));
+    painter.setBrush(Qt::NoBrush);
+    painter.drawRect(area.adjusted(-0.5, -0.5, 0.5, 0.5));
+    painter.restore();
+}
+
+QRectF SafeAreasLayer::niceDrawingRectFromRect(const QRectF& rect)
+{
+    return QRectF(rect.toAlignedRect()).translated(0.5, 0.5);
+}
+
+QRectF SafeAreasLayer::actionSafeRect(const CanvasGeometry& g)
+{
+    const QRectF area = g.drawingAreaRect();
+    const double w = area.width(), h = area.height();
+    return QRectF(area.left() + 0.0175 * w, area.top() + 0.0175 * h, 0.965 * w, 0.965 * h);
+}
+
+QRectF SafeAreasLayer::titleSafeRect(const CanvasGeometry& g)
+{
+    const QRectF area = g.drawingAreaRect();
+    const double w = area.width(), h = area.height();
+    return QRectF(area.left() + 0.05 * w, area.top() + 0.025 * h, 0.9 * w, 0.95 * h);
+}
+
+void SafeAreasLayer::paint(QPainter& painter, const CanvasGeometry& geometry, bool showsSafeZones,
+                           const std::vector<Guide>& guides) const
+{
+    painter.save();
+    painter.setBrush(Qt::NoBrush);
+    if (showsSafeZones) {
+        painter.setPen(QPen(guideColor(), 1, Qt::SolidLine, Qt::SquareCap, Qt::MiterJoin));
+        painter.drawRect(niceDrawingRectFromRect(actionSafeRect(geometry)));
+        painter.setPen(QPen(Qt::red, 1, Qt::SolidLine, Qt::SquareCap, Qt::MiterJoin));
+        painter.drawRect(niceDrawingRectFromRect(titleSafeRect(geometry)));
+    }
+    painter.setRenderHint(QPainter::Antialiasing, false);
+    painter.setPen(QPen(guideColor(), 1));
+    const QSizeF view = geometry.viewSize();
+    for (const Guide& guide : guides) {
+        if (guide.horizontal) {
+            const double y = std::round(geometry.viewPointFromComposition(QPointF(0, guide.position)).y());
+            painter.drawLine(QPointF(0, y), QPointF(view.width(), y));
+        } else {
+            const double x = std::round(geometry.viewPointFromComposition(QPointF(guide.position, 0)).x());
+            painter.drawLine(QPointF(x, 0), QPointF(x, view.height()));
+        }
+    }
+    painter.restore();
+}
+
+bool RubberBandLayer::setCurrentRect(const QRectF& rect)
+{
+    if (rect == currentRect_) return false;
+    currentRect_ = rect;
+    return true;
+}
+
+void RubberBandLayer::paint(QPainter& painter) const
+{
+    if (currentRect_.isEmpty()) return;
+    painter.save();
+    QPen pen(color(), 1, Qt::CustomDashLine, Qt::FlatCap, Qt::MiterJoin);
+    pen.setDashPattern({3, 2});
+    painter.setPen(pen);
+    painter.setBrush(Qt::NoBrush);
+    painter.drawRect(SafeAreasLayer::niceDrawingRectFromRect(currentRect_));
+    painter.restore();
+}
+
+}  // namespace canvas

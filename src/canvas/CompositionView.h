@@ -1,0 +1,159 @@
+#pragma once
+// The canvas of a document window: the composition's drawing area centred
+// and zoomed inside a scroll view, every component drawn at the editor
+// timepoint by its own renderer, the selection handles, safe areas, guide
+// rulers and the marquee over them. Mouse and keyboard editing live in
+// CompositionViewEditing.cpp, drops in CompositionViewDragAndDrop.cpp.
+//
+// The view follows the model by observing keys; it changes the model only
+// through the composition's and components' operations.
+
+#include "canvas/CanvasGeometry.h"
+#include "canvas/CanvasLayers.h"
+#include "canvas/CanvasSnapping.h"
+#include "model/UndoManager.h"
+
+#include <QPointer>
+#include <QTimer>
+#include <QVariantMap>
+#include <QWidget>
+
+#include <memory>
+#include <vector>
+
+namespace document {
+class CompositionDocument;
+}
+namespace runtime {
+class RasterBackend;
+}
+namespace model {
+class Composition;
+class QuartzComponent;
+class Ruler;
+}  // namespace model
+
+namespace canvas {
+
+class CompositionView : public QWidget {
+    Q_OBJECT
+public:
+    explicit CompositionView(QWidget* parent = nullptr);
+    ~CompositionView() override;
+
+    // The document whose composition is shown; null detaches. The
+    // composition is read through the document every time, so after a
+    // revert (which replaces it) calling this again is all that is needed.
+    void setDocument(document::CompositionDocument* document);
+    document::CompositionDocument* document() const { return document_; }
+    model::Composition* composition() const;
+    // Removes every observation; safe to call again.
+    void cleanUp();
+
+    // Zoom. The mode is a percentage, 0 fits the composition into the
+    // visible area, which the enclosing scroll view reports.
+    int zoomMode() const;
+    void setZoomMode(int mode);
+    double zoomFactor() const;
+    QSizeF zoomedDocumentSize() const;
+    void setVisibleArea(QSize area);
+    CanvasGeometry geometry() const;
+    QPointF compositionPointFromView(const QPointF& p) const { return geometry().compositionPointFromView(p); }
+    QPointF viewPointFromComposition(const QPointF& p) const { return geometry().viewPointFromComposition(p); }
+
+    // The event values every component's renderer receives: the canvas
+    // plays as if inside a 5-second clip.
+    static QVariantMap argumentsAtTime(double time, bool playing);
+
+    // Editing actions for menus, keys and the toolbar.
+    void moveSelectedComponentsBy(double dx, double dy);
+    void moveSelectedComponentsBackward();
+    void moveSelectedComponentsForward();
+    void removeSelectedComponents();
+    void togglePlay();
+    // Adds components from files as a drop does and shows the import
+    // warnings in a sheet; false when a composition file could not be used.
+    bool addComponentsFromPaths(const QStringList& paths, bool commandKeyPressed);
+    // A guide at a composition coordinate: y for a horizontal one, x else.
+    void addGuide(double position, bool horizontal);
+    model::Ruler* rulerAt(const QPointF& compositionPoint) const;
+
+    // The rubber band while a marquee is dragged (widget coordinates).
+    QRectF rubberBandRect() const { return rubberBand_.currentRect(); }
+    bool isDragging() const { return gesture_.kind != GestureKind::None; }
+
+Q_SIGNALS:
+    // Zoom or layout changed: the scroll view resizes the document, the
+    // rulers repaint.
+    void zoomChanged();
+    void layoutChanged();
+    void selectionChanged();
+    void editorTimepointChanged();
+
+protected:
+    void paintEvent(QPaintEvent* event) override;
+    void resizeEvent(QResizeEvent* event) override;
+    void mousePressEvent(QMouseEvent* event) override;
+    void mouseMoveEvent(QMouseEvent* event) override;
+    void mouseReleaseEvent(QMouseEvent* event) override;
+    void keyPressEvent(QKeyEvent* event) override;
+    void dragEnterEvent(QDragEnterEvent* event) override;
+    void dragMoveEvent(QDragMoveEvent* event) override;
+    void dropEvent(QDropEvent* event) override;
+
+private:
+    enum class GestureKind { None, Move, Resize, Marquee, Guide };
+    // One mouse gesture from press to release. Changes go to the model on
+    // every step so inspectors follow live; the undo group makes the whole
+    // gesture one step.
+    struct Gesture {
+        GestureKind kind = GestureKind::None;
+        QPointF start;                 // composition pixels
+        QPointF startInView;           // widget coordinates (marquee)
+        Qt::KeyboardModifiers startModifiers;
+        std::vector<QPointer<model::QuartzComponent>> components;
+        std::vector<QRectF> frames;    // at the start, never accumulated
+        QRectF unionFrame;
+        bool started = false;
+        AxisLock lock = AxisLock::None;
+        int handle = 0;
+        QPointer<model::Ruler> ruler;
+        bool removeRuler = false;
+        std::unique_ptr<model::UndoGroup> undoGroup;
+    };
+
+    void observeComposition();
+    void observeComponents();
+    void componentsChanged();
+    void renderComponents(QPainter& painter, const QRect& area);
+    std::vector<Guide> guides() const;
+    std::vector<model::Ruler*> rulers() const;
+
+    // Editing (CompositionViewEditing.cpp).
+    void beginGestureAt(const QPointF& p, const QPointF& viewPoint, Qt::KeyboardModifiers modifiers);
+    void moveSelectionStep(const QPointF& p, Qt::KeyboardModifiers modifiers);
+    void resizeStep(const QPointF& p, Qt::KeyboardModifiers modifiers);
+    void marqueeStep(const QPointF& viewPoint);
+    void guideStep(const QPointF& p);
+    void finishMarquee();
+    // Ends the gesture; with `commit` a marquee selects and a guide dragged
+    // off the drawing area is removed.
+    void endGesture(bool commit);
+    void cancelGestureIfStale();
+    void openUndoGroup(const QString& name);
+    void updateCursor(const QPointF& p);
+    model::UndoManager* undoManager() const;
+
+    document::CompositionDocument* document_ = nullptr;
+    QMetaObject::Connection storeConnection_;
+    std::unique_ptr<runtime::RasterBackend> backend_;  // keeps tinted images between redraws
+    QTimer idleTimer_;
+    QSize visibleArea_;
+    unsigned updateIndex_ = 0;
+    DrawingAreaLayer drawingArea_;
+    SafeAreasLayer safeAreas_;
+    RubberBandLayer rubberBand_;
+    Gesture gesture_;
+};
+
+}  // namespace canvas
