@@ -1,6 +1,7 @@
 #include "plist/Base64.h"
 
 #include <array>
+#include <cstdint>
 
 namespace plist {
 
@@ -21,13 +22,30 @@ constexpr auto kDecode = makeDecodeTable();
 
 bool decodeBase64(std::string_view text, std::string& out)
 {
-    out.clear();
-    out.reserve(text.size() / 4 * 3);
+    // Four characters make three bytes, so this is the most it can take.
+    out.resize(text.size() / 4 * 3 + 3);
+    auto* o = reinterpret_cast<unsigned char*>(out.data());
+    const auto* p = reinterpret_cast<const unsigned char*>(text.data());
+    const unsigned char* const end = p + text.size();
     std::uint32_t accumulator = 0;
     int bits = 0;
     int padding = 0;
-    for (unsigned char c : text) {
-        const int d = kDecode[c];
+    while (p != end) {
+        // Whole groups of four alphabet characters between line breaks: the
+        // bulk of any <data> element.
+        if (bits == 0 && end - p >= 4) {
+            const int a = kDecode[p[0]], b = kDecode[p[1]], c = kDecode[p[2]], d = kDecode[p[3]];
+            if ((a | b | c | d) >= 0 && !padding) {
+                const std::uint32_t v = std::uint32_t(a) << 18 | std::uint32_t(b) << 12 | std::uint32_t(c) << 6 | std::uint32_t(d);
+                o[0] = static_cast<unsigned char>(v >> 16);
+                o[1] = static_cast<unsigned char>(v >> 8);
+                o[2] = static_cast<unsigned char>(v);
+                o += 3;
+                p += 4;
+                continue;
+            }
+        }
+        const int d = kDecode[*p++];
         if (d == -2) continue;
         if (d == -1) return false;
         if (d == -3) {
@@ -39,9 +57,10 @@ bool decodeBase64(std::string_view text, std::string& out)
         bits += 6;
         if (bits >= 8) {
             bits -= 8;
-            out += char((accumulator >> bits) & 0xFF);
+            *o++ = static_cast<unsigned char>((accumulator >> bits) & 0xFF);
         }
     }
+    out.resize(std::size_t(o - reinterpret_cast<unsigned char*>(out.data())));
     return padding <= 2;
 }
 

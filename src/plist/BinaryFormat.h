@@ -46,6 +46,7 @@ inline std::uint64_t readBigEndian(const unsigned char* p, unsigned size)
     switch (size) {
     case 1: return p[0];
     case 2: return (std::uint64_t(p[0]) << 8) | p[1];
+    case 3: return (std::uint64_t(p[0]) << 16) | (std::uint64_t(p[1]) << 8) | p[2];  // large files' refs and offsets
     case 4: {
         std::uint32_t v;
         std::memcpy(&v, p, 4);

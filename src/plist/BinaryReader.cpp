@@ -6,9 +6,10 @@
 // below the object count. An object referenced more than once is parsed once
 // and shared; a container met again while it is still being parsed is a
 // cycle. Objects may not overlap (their bytes may not add up to more than the
-// object area), and copied dictionary keys have a budget, since a key cannot
-// be shared. Together these keep time and memory linear in the file size,
-// and nesting (shared subtrees included) within kMaxNestingDepth.
+// object area; keys are counted apart, as a string may be both a key and a
+// value). Together these keep time and memory linear in the file size, and
+// nesting (shared subtrees included) within kMaxNestingDepth. A key is read
+// once however many dictionaries use it, and they all share its text.
 //
 // Strings: 0x5n bytes above 0x7F are read as Latin-1; UTF-16 text with an
 // unpaired surrogate is an error (it has no UTF-8 form). Null (0x00) and fill
@@ -16,12 +17,12 @@
 
 #include "plist/BinaryFormat.h"
 #include "plist/BinaryUnicode.h"
+#include "plist/DictionaryBuilder.h"
 #include "plist/PropertyList.h"
 
 #include <algorithm>
 #include <cstdio>
 #include <new>
-#include <unordered_map>
 #include <vector>
 
 namespace plist {
@@ -96,27 +97,41 @@ public:
     }
 
 private:
-    // Per-object state: how often it is referenced (saturating at 2), whether
-    // it is being parsed (a cycle if met again) and whether it is cached.
-    static constexpr unsigned char kRefCountMask = 0x03;
-    static constexpr unsigned char kInProgress = 0x04;
-    static constexpr unsigned char kCached = 0x08;
-
-    // Copied dictionary key bytes may reach this multiple of the file size.
-    static constexpr std::uint64_t kKeyExpansion = 64;
+    // Per-object state: how often it is referenced as a value and as a key
+    // (each saturating at 2), whether it is being parsed (a cycle if met
+    // again), and whether it has a slot, whose index is in the bits above.
+    static constexpr std::uint32_t kRefCountMask = 0x03;
+    static constexpr unsigned kValueRefShift = 0;
+    static constexpr unsigned kKeyRefShift = 2;
+    static constexpr std::uint32_t kInProgress = 0x10;
+    static constexpr std::uint32_t kHasSlot = 0x20;
+    static constexpr unsigned kSlotShift = 6;
+    static constexpr std::uint32_t kMaxSlots = UINT32_MAX >> kSlotShift;
 
     struct Span {
         std::uint64_t count;
         std::uint64_t start;  // first byte after the marker and count
     };
-    struct Shared {
-        Value value;
-        int height;  // container levels in the value, for the nesting limit
+    // What is kept of an object met more than once: its value, if it is a
+    // string, data or container referenced twice, and its text as a key.
+    struct Slot {
+        Value value;  // null until cached
+        Key key;      // empty until read as a key (or when the key is "")
+        int height = 0;  // container levels in the value, for the nesting limit
     };
 
     void readTrailer();
     void countReferences();
-    std::uint64_t objectOffset(std::uint64_t ref, std::uint64_t refAt) const;
+    std::uint64_t objectOffset(std::uint64_t ref, std::uint64_t refAt) const
+    {
+        if (ref >= objectCount_) badReference(ref, refAt);
+        const std::uint64_t entryAt = tableOffset_ + ref * offsetSize_;
+        const std::uint64_t at = readBigEndian(bytes_ + entryAt, offsetSize_);
+        if (at < kHeaderSize || at >= tableOffset_) badOffset(ref, entryAt, at);
+        return at;
+    }
+    [[noreturn]] void badReference(std::uint64_t ref, std::uint64_t refAt) const;
+    [[noreturn]] void badOffset(std::uint64_t ref, std::uint64_t entryAt, std::uint64_t at) const;
     std::uint64_t readRef(std::uint64_t at) const { return readBigEndian(bytes_ + at, refSize_); }
     enum class SpanProblem { None, CountTruncated, CountNotInteger, CountTooWide, TooLarge };
     SpanProblem measure(std::uint64_t at, unsigned char marker, std::uint64_t elementSize, Span& s) const;
@@ -132,7 +147,8 @@ private:
     Value uid(std::uint64_t at, unsigned char marker) const;
     // Sets `encodedSize` to the bytes the string takes in the file.
     std::string text(std::uint64_t at, unsigned char marker, std::uint64_t& encodedSize) const;
-    std::string key(std::uint64_t ref, std::uint64_t refAt);
+    Slot& slotOf(std::uint64_t ref, std::uint64_t at);
+    Key key(std::uint64_t ref, std::uint64_t refAt);
     Value array(std::uint64_t ref, std::uint64_t at, unsigned char marker, int depth, int& height);
     Value dictionary(std::uint64_t ref, std::uint64_t at, unsigned char marker, int depth, int& height);
 
@@ -144,9 +160,9 @@ private:
     std::uint64_t topObject_ = 0;
     std::uint64_t tableOffset_ = 0;  // also the end of the object area
     std::uint64_t consumed_ = 0;  // bytes of the payload objects parsed so far
-    std::uint64_t keyBytes_ = 0;
-    std::vector<unsigned char> state_;
-    std::unordered_map<std::uint64_t, Shared> shared_;
+    std::uint64_t keyBytes_ = 0;  // bytes of the key objects read so far
+    std::vector<std::uint32_t> state_;
+    std::vector<Slot> slots_;
 };
 
 void BinaryReader::readTrailer()
@@ -185,14 +201,15 @@ void BinaryReader::readTrailer()
 }
 
 // One pass over the containers counts how often each object is referenced as
-// a value, so that only objects referenced twice or more are kept for
-// sharing. Malformed objects are skipped here; they fail when reached.
+// a value and as a key, so that only objects referenced twice or more are
+// kept for sharing. Malformed objects are skipped here; they fail when
+// reached.
 void BinaryReader::countReferences()
 {
-    auto addRef = [this](std::uint64_t ref) {
-        if (ref < objectCount_ && (state_[ref] & kRefCountMask) < 2) ++state_[ref];
+    auto addRef = [this](std::uint64_t ref, unsigned shift) {
+        if (ref < objectCount_ && ((state_[ref] >> shift) & kRefCountMask) < 2) state_[ref] += 1u << shift;
     };
-    addRef(topObject_);
+    addRef(topObject_, kValueRefShift);
     std::uint64_t containerBytes = 0;
     for (std::uint64_t i = 0; i < objectCount_; ++i) {
         const std::uint64_t at = readBigEndian(bytes_ + tableOffset_ + i * offsetSize_, offsetSize_);
@@ -206,21 +223,22 @@ void BinaryReader::countReferences()
         containerBytes += s.count * (kind == kDictionary ? 2 : 1) * refSize_;
         if (containerBytes > objectArea())
             fail(at, "objects overlap: the containers' references add up to more than the object area");
-        std::uint64_t refAt = s.start + (kind == kDictionary ? s.count * refSize_ : 0);
-        for (std::uint64_t k = 0; k < s.count; ++k, refAt += refSize_) addRef(readRef(refAt));
+        std::uint64_t refAt = s.start;
+        if (kind == kDictionary)
+            for (std::uint64_t k = 0; k < s.count; ++k, refAt += refSize_) addRef(readRef(refAt), kKeyRefShift);
+        for (std::uint64_t k = 0; k < s.count; ++k, refAt += refSize_) addRef(readRef(refAt), kValueRefShift);
     }
 }
 
-std::uint64_t BinaryReader::objectOffset(std::uint64_t ref, std::uint64_t refAt) const
+void BinaryReader::badReference(std::uint64_t ref, std::uint64_t refAt) const
 {
-    if (ref >= objectCount_)
-        fail(refAt, "object reference " + std::to_string(ref) + " is past the object count " + std::to_string(objectCount_));
-    const std::uint64_t entryAt = tableOffset_ + ref * offsetSize_;
-    const std::uint64_t at = readBigEndian(bytes_ + entryAt, offsetSize_);
-    if (at < kHeaderSize || at >= tableOffset_)
-        fail(entryAt, "object " + std::to_string(ref) + " starts at offset " + std::to_string(at) +
-                          ", outside the object area 8-" + std::to_string(tableOffset_));
-    return at;
+    fail(refAt, "object reference " + std::to_string(ref) + " is past the object count " + std::to_string(objectCount_));
+}
+
+void BinaryReader::badOffset(std::uint64_t ref, std::uint64_t entryAt, std::uint64_t at) const
+{
+    fail(entryAt, "object " + std::to_string(ref) + " starts at offset " + std::to_string(at) +
+                      ", outside the object area 8-" + std::to_string(tableOffset_));
 }
 
 BinaryReader::SpanProblem BinaryReader::measure(std::uint64_t at, unsigned char marker, std::uint64_t elementSize, Span& s) const
@@ -266,23 +284,37 @@ void BinaryReader::consume(std::uint64_t at, std::uint64_t bytes)
     if (consumed_ > objectArea()) fail(at, "objects overlap: their bytes add up to more than the object area");
 }
 
+BinaryReader::Slot& BinaryReader::slotOf(std::uint64_t ref, std::uint64_t at)
+{
+    std::uint32_t& state = state_[ref];
+    if (!(state & kHasSlot)) {
+        if (slots_.size() >= kMaxSlots) fail(at, "more than " + std::to_string(kMaxSlots) + " objects are used more than once");
+        state |= kHasSlot | static_cast<std::uint32_t>(slots_.size()) << kSlotShift;
+        slots_.emplace_back();
+    }
+    return slots_[state >> kSlotShift];
+}
+
 Value BinaryReader::object(std::uint64_t ref, std::uint64_t refAt, int depth, int& height)
 {
     const std::uint64_t at = objectOffset(ref, refAt);
-    const unsigned char state = state_[ref];
+    const std::uint32_t state = state_[ref];
     if (state & kInProgress) fail(refAt, "reference cycle: object " + std::to_string(ref) + " contains itself");
-    if (state & kCached) {
-        const Shared& shared = shared_.find(ref)->second;
-        height = shared.height;
-        if (depth + height > kMaxNestingDepth)
-            fail(refAt, "containers nested deeper than " + std::to_string(kMaxNestingDepth) + " levels");
-        return shared.value;
+    if (state & kHasSlot) {
+        const Slot& slot = slots_[state >> kSlotShift];
+        if (!slot.value.isNull()) {
+            height = slot.height;
+            if (depth + height > kMaxNestingDepth)
+                fail(refAt, "containers nested deeper than " + std::to_string(kMaxNestingDepth) + " levels");
+            return slot.value;
+        }
     }
     Value value = parse(ref, at, depth, height);
     // Scalars carry no payload to share; re-reading them costs nothing.
-    if ((state & kRefCountMask) >= 2 && value.payloadIdentity()) {
-        shared_.emplace(ref, Shared{value, height});
-        state_[ref] |= kCached;
+    if (((state >> kValueRefShift) & kRefCountMask) >= 2 && value.payloadIdentity()) {
+        Slot& slot = slotOf(ref, at);
+        slot.value = value;
+        slot.height = height;
     }
     return value;
 }
@@ -379,21 +411,29 @@ std::string BinaryReader::text(std::uint64_t at, unsigned char marker, std::uint
     return out;
 }
 
-std::string BinaryReader::key(std::uint64_t ref, std::uint64_t refAt)
+Key BinaryReader::key(std::uint64_t ref, std::uint64_t refAt)
 {
+    if (ref < objectCount_) {
+        const std::uint32_t state = state_[ref];
+        if (state & kHasSlot) {
+            const Key& known = slots_[state >> kSlotShift].key;
+            if (!known.empty()) return known.copyUnpublished();
+        }
+    }
     const std::uint64_t at = objectOffset(ref, refAt);
     const unsigned char marker = bytes_[at];
     const unsigned kind = marker >> 4;
     if (kind != kAscii && kind != kUtf16)
         fail(at, std::string("dictionary key must be a string, found ") + kindName(marker));
     std::uint64_t encodedSize = 0;
-    std::string name = text(at, marker, encodedSize);
-    // A key is copied into every dictionary that uses it; a long key used by
-    // many dictionaries must not turn a small file into gigabytes.
-    keyBytes_ += name.size();
-    if (keyBytes_ > kKeyExpansion * size_ + (1u << 20))
-        fail(at, "dictionary keys copied from this file add up to more than " + std::to_string(kKeyExpansion) +
-                     " times its size");
+    Key name(text(at, marker, encodedSize));
+    // Table entries pointing into one long string could otherwise make any
+    // number of keys out of it.
+    keyBytes_ += encodedSize;
+    if (keyBytes_ > objectArea()) fail(at, "objects overlap: the keys' bytes add up to more than the object area");
+    // Every dictionary that uses this key shares its text, so a long key
+    // named by many dictionaries costs its length once.
+    if (((state_[ref] >> kKeyRefShift) & kRefCountMask) >= 2) slotOf(ref, at).key = name.copyUnpublished();
     return name;
 }
 
@@ -421,25 +461,22 @@ Value BinaryReader::dictionary(std::uint64_t ref, std::uint64_t at, unsigned cha
     if (depth >= kMaxNestingDepth) fail(at, "containers nested deeper than " + std::to_string(kMaxNestingDepth) + " levels");
     const Span s = span(at, marker, 2 * std::uint64_t(refSize_));
     consume(at, s.start - at + 2 * s.count * refSize_);
+    if (s.count > UINT32_MAX) fail(at, "dictionary count " + std::to_string(s.count) + " is too large");
     state_[ref] |= kInProgress;
-    Dictionary entries;
+    DictionaryBuilder entries(s.count);
     int childHeight = 0;
     std::uint64_t keyAt = s.start;
     std::uint64_t valueAt = s.start + s.count * refSize_;
     for (std::uint64_t i = 0; i < s.count; ++i, keyAt += refSize_, valueAt += refSize_) {
-        std::string name = key(readRef(keyAt), keyAt);
+        Key name = key(readRef(keyAt), keyAt);
         Value value = object(readRef(valueAt), valueAt, depth + 1, childHeight);
         height = std::max(height, childHeight);
-        // Writers sort keys, so appending at the end is the common case; a
-        // key out of order is searched for, and a later duplicate wins.
-        if (entries.empty() || entries.rbegin()->first < name)
-            entries.emplace_hint(entries.end(), std::move(name), std::move(value));
-        else
-            entries.insert_or_assign(std::move(name), std::move(value));
+        entries.append(std::move(name), std::move(value));
     }
     ++height;
     state_[ref] &= ~kInProgress;
-    return Value(std::move(entries));
+    // Sorted once at the end; of a repeated key the last value wins.
+    return Value(entries.finish());
 }
 
 }  // namespace

@@ -41,7 +41,9 @@ void append(std::string& out, const Value& v, std::size_t maxLength)
         for (const auto& [k, e] : v.dictionary()) {
             if (!first) out += ", ";
             first = false;
-            out += '"' + k + "\": ";
+            out += '"';
+            out += k;
+            out += "\": ";
             append(out, e, maxLength);
         }
         out += '}';
@@ -64,12 +66,12 @@ std::string difference(const Value& a, const Value& b, const std::string& path)
     if (a.isDictionary()) {
         for (const auto& [k, e] : a.dictionary()) {
             const Value* other = b.find(k);
-            if (!other) return path + "." + k + " (missing on the right)";
-            std::string d = difference(e, *other, path + "." + k);
+            if (!other) return path + "." + k.str() + " (missing on the right)";
+            std::string d = difference(e, *other, path + "." + k.str());
             if (!d.empty()) return d;
         }
         for (const auto& [k, e] : b.dictionary())
-            if (!a.find(k)) return path + "." + k + " (missing on the left)";
+            if (!a.find(k)) return path + "." + k.str() + " (missing on the left)";
         return {};
     }
     return a == b ? std::string() : path + " (" + describe(a, 80) + " vs " + describe(b, 80) + ")";

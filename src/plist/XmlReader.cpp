@@ -1,18 +1,28 @@
 // XML property-list reader: a small hand-written parser for the plist DTD.
 // A general XML parser would be several times slower on large files and
 // would still need the plist-specific checks below.
+//
+// Element text is looked at in place (copied only when an entity, CDATA or a
+// CR needs resolving), and a container's children are collected on a stack
+// shared by all levels, so each array and dictionary is allocated once at
+// its final size.
 
 #include "plist/Base64.h"
 #include "plist/DateConversion.h"
+#include "plist/DictionaryBuilder.h"
+#include "plist/KeyInterner.h"
 #include "plist/PropertyList.h"
 #include "plist/Utf8.h"
 
 #include <algorithm>
+#include <bit>
 #include <charconv>
 #include <cctype>
 #include <cstring>
 #include <limits>
 #include <string>
+#include <utility>
+#include <vector>
 
 namespace plist {
 
@@ -146,18 +156,44 @@ private:
         ++p_;
     }
 
+    // Moves p_ to the next '<', '&' or CR (or the end), eight bytes at a time.
+    void skipPlainText()
+    {
+        constexpr std::uint64_t kOnes = 0x0101010101010101ull;
+        constexpr std::uint64_t kHighs = 0x8080808080808080ull;
+        auto hasByte = [](std::uint64_t chunk, unsigned char byte) {
+            const std::uint64_t x = chunk ^ (kOnes * byte);
+            return (x - kOnes) & ~x & kHighs;
+        };
+        while (std::endian::native == std::endian::little && end_ - p_ >= 8) {
+            std::uint64_t chunk;
+            std::memcpy(&chunk, p_, 8);
+            const std::uint64_t found = hasByte(chunk, '<') | hasByte(chunk, '&') | hasByte(chunk, '\r');
+            if (found) {
+                // The lowest flagged byte is a true match (borrows only run upwards).
+                p_ += std::countr_zero(found) / 8;
+                return;
+            }
+            p_ += 8;
+        }
+        while (p_ != end_ && *p_ != '<' && *p_ != '&' && *p_ != '\r') ++p_;
+    }
+
     // Character data up to the element's end tag, with entities and CDATA
-    // sections resolved and line ends normalised as XML requires.
-    std::string readText(std::string_view element)
+    // sections resolved and line ends normalised as XML requires. A view of
+    // the input when there was nothing to resolve, else of a scratch string
+    // that the next call reuses.
+    std::string_view readText(std::string_view element)
     {
         const char* runStart = p_;
-        while (p_ != end_ && *p_ != '<' && *p_ != '&' && *p_ != '\r') ++p_;
+        skipPlainText();
         if (p_ != end_ && *p_ == '<' && !startsWith("<![CDATA[") && !startsWith("<!--")) {
-            std::string text(runStart, std::size_t(p_ - runStart));  // the common case: plain text
+            std::string_view text(runStart, std::size_t(p_ - runStart));  // the common case: plain text
             expectEndTag(element);
             return text;
         }
-        std::string text(runStart, std::size_t(p_ - runStart));
+        std::string& text = scratch_;
+        text.assign(runStart, std::size_t(p_ - runStart));
         for (;;) {
             if (p_ == end_) fail("unterminated <" + std::string(element) + ">");
             const char c = *p_;
@@ -179,7 +215,7 @@ private:
                 return text;
             } else {
                 const char* start = p_;
-                while (p_ != end_ && *p_ != '<' && *p_ != '&' && *p_ != '\r') ++p_;
+                skipPlainText();
                 text.append(start, std::size_t(p_ - start));
             }
         }
@@ -208,15 +244,14 @@ private:
         p_ = semicolon + 1;
     }
 
-    std::string_view trimmed(const std::string& s)
+    static std::string_view trimmed(std::string_view v)
     {
-        std::string_view v(s);
         while (!v.empty() && isSpace(v.front())) v.remove_prefix(1);
         while (!v.empty() && isSpace(v.back())) v.remove_suffix(1);
         return v;
     }
 
-    Value parseInteger(const std::string& text)
+    Value parseInteger(std::string_view text)
     {
         std::string_view v = trimmed(text);
         bool negative = false;
@@ -231,27 +266,29 @@ private:
         }
         std::uint64_t magnitude = 0;
         auto [ptr, ec] = std::from_chars(v.data(), v.data() + v.size(), magnitude, base);
-        if (v.empty() || ec != std::errc() || ptr != v.data() + v.size()) fail("invalid integer \"" + text + "\"");
+        if (v.empty() || ec != std::errc() || ptr != v.data() + v.size()) fail("invalid integer \"" + std::string(text) + "\"");
         if (!negative) return Value(static_cast<unsigned long long>(magnitude));
-        if (magnitude > std::uint64_t(1) << 63) fail("integer out of range \"" + text + "\"");
+        if (magnitude > std::uint64_t(1) << 63) fail("integer out of range \"" + std::string(text) + "\"");
         return Value(static_cast<long long>(0 - magnitude));
     }
 
-    Value parseReal(const std::string& text)
+    Value parseReal(std::string_view text)
     {
         std::string_view v = trimmed(text);
-        std::string lower(v);
+        if (!v.empty() && v[0] == '+') v.remove_prefix(1);
+        double d = 0;
+        auto [ptr, ec] = std::from_chars(v.data(), v.data() + v.size(), d);
+        if (!v.empty() && ptr == v.data() + v.size() && (ec == std::errc() || ec == std::errc::result_out_of_range))
+            return Value(d);
+        // The special values in any case; from_chars knows most spellings,
+        // this catches the rest.
+        std::string lower(trimmed(text));
         std::transform(lower.begin(), lower.end(), lower.begin(), [](unsigned char c) { return char(std::tolower(c)); });
         if (lower == "nan") return Value(std::numeric_limits<double>::quiet_NaN());
         if (lower == "+infinity" || lower == "infinity" || lower == "inf" || lower == "+inf")
             return Value(std::numeric_limits<double>::infinity());
         if (lower == "-infinity" || lower == "-inf") return Value(-std::numeric_limits<double>::infinity());
-        if (!v.empty() && v[0] == '+') v.remove_prefix(1);
-        double d = 0;
-        auto [ptr, ec] = std::from_chars(v.data(), v.data() + v.size(), d);
-        if (v.empty() || ptr != v.data() + v.size() || (ec != std::errc() && ec != std::errc::result_out_of_range))
-            fail("invalid real \"" + text + "\"");
-        return Value(d);
+        fail("invalid real \"" + std::string(text) + "\"");
     }
 
     void expectEmptyElement(std::string_view name, bool selfClosing)
@@ -273,8 +310,8 @@ private:
         if (name == "dict") return selfClosing ? Value::emptyDictionary() : parseDictionary(depth);
         if (name == "array") return selfClosing ? Value::emptyArray() : parseArray(depth);
         if (name == "string") return selfClosing ? Value(std::string()) : Value(readText("string"));
-        if (name == "integer") return parseInteger(selfClosing ? std::string() : readText("integer"));
-        if (name == "real") return parseReal(selfClosing ? std::string() : readText("real"));
+        if (name == "integer") return parseInteger(selfClosing ? std::string_view() : readText("integer"));
+        if (name == "real") return parseReal(selfClosing ? std::string_view() : readText("real"));
         if (name == "true" || name == "false") {
             expectEmptyElement(name, selfClosing);
             return Value(name == "true");
@@ -285,9 +322,9 @@ private:
             return Value::data(std::move(bytes));
         }
         if (name == "date") {
-            const std::string text = selfClosing ? std::string() : readText("date");
+            const std::string_view text = selfClosing ? std::string_view() : readText("date");
             double seconds = 0;
-            if (!parseIso8601(trimmed(text), seconds)) fail("invalid date \"" + text + "\"");
+            if (!parseIso8601(trimmed(text), seconds)) fail("invalid date \"" + std::string(text) + "\"");
             return Value::date(seconds);
         }
         if (name == "key") fail("<key> outside a dictionary");
@@ -296,7 +333,7 @@ private:
 
     Value parseDictionary(int depth)
     {
-        Dictionary dictionary;
+        const std::size_t first = entries_.size();
         for (;;) {
             skipMisc();
             if (startsWith("</")) {
@@ -308,38 +345,49 @@ private:
             bool selfClosing = false;
             readStartTag(name, selfClosing);
             if (name != "key") fail("expected <key> in a dictionary");
-            std::string key = selfClosing ? std::string() : readText("key");
+            Key key = selfClosing ? Key() : keys_.intern(readText("key"));
             Value value = parseValue(depth + 1);
-            auto it = dictionary.lower_bound(key);
-            if (it != dictionary.end() && it->first == key)
-                it->second = std::move(value);  // a repeated key: the last one wins
-            else
-                dictionary.emplace_hint(it, std::move(key), std::move(value));
+            entries_.push_back(DictionaryEntry{std::move(key), std::move(value)});
         }
+        // Of a repeated key the last value wins.
+        DictionaryBuilder builder(entries_.size() - first);
+        for (std::size_t i = first; i < entries_.size(); ++i)
+            builder.append(std::move(entries_[i].first), std::move(entries_[i].second));
+        entries_.erase(entries_.begin() + std::ptrdiff_t(first), entries_.end());
+        Dictionary dictionary = builder.finish();
         // The platform writes keyed-archive UIDs as {"CF$UID": n}.
         if (dictionary.size() == 1) {
-            auto it = dictionary.find("CF$UID");
-            if (it != dictionary.end() && it->second.isInteger()) return Value::uid(it->second.toUnsigned());
+            const DictionaryEntry& only = *std::as_const(dictionary).begin();
+            if (only.first == "CF$UID" && only.second.isInteger()) return Value::uid(only.second.toUnsigned());
         }
         return Value(std::move(dictionary));
     }
 
     Value parseArray(int depth)
     {
-        Array array;
+        const std::size_t first = elements_.size();
         for (;;) {
             skipMisc();
             if (startsWith("</")) {
                 expectEndTag("array");
-                return Value(std::move(array));
+                break;
             }
-            array.push_back(parseValue(depth + 1));
+            Value element = parseValue(depth + 1);
+            elements_.push_back(std::move(element));
         }
+        const auto begin = elements_.begin() + std::ptrdiff_t(first);
+        Array array(std::make_move_iterator(begin), std::make_move_iterator(elements_.end()));
+        elements_.erase(begin, elements_.end());
+        return Value(std::move(array));
     }
 
     const char* begin_;
     const char* p_;
     const char* end_;
+    std::string scratch_;                   // text that needed resolving
+    KeyInterner keys_;
+    std::vector<DictionaryEntry> entries_;  // of the dictionaries being read, innermost last
+    Array elements_;                        // of the arrays being read, innermost last
 };
 
 }  // namespace

@@ -400,20 +400,61 @@ TEST(BinaryPlistReader, RejectsOverlappingData)
     EXPECT_NE(error.find("objects overlap: their bytes add up"), std::string::npos) << error;
 }
 
-TEST(BinaryPlistReader, LimitsCopiesOfLongKeys)
+TEST(BinaryPlistReader, SharesALongKeyBetweenAllItsDictionaries)
 {
-    // A 100 KB key shared by 500 dictionaries would copy 50 MB of keys out
-    // of a file of about 100 KB.
+    // A 100 KB key named by 500 dictionaries: copied, 50 MB out of a file of
+    // about 100 KB; shared, its length once.
     BinaryPlistBuilder b(2, 4);
     const std::uint64_t key = b.add(BinaryPlistBuilder::ascii(std::string(100000, 'k')));
     const std::uint64_t value = b.add(raw({0x09}));
     std::vector<std::uint64_t> dicts;
     for (int i = 0; i < 500; ++i) dicts.push_back(b.add(b.dictionary({key}, {value})));
     b.topObject = b.add(b.array(dicts));
+    const Value root = readOk(b.build());
+    ASSERT_EQ(root.size(), 500u);
+    const char* text = root.array().front().dictionary().begin()->first.data();
+    for (const Value& dict : root.array()) {
+        ASSERT_EQ(dict.size(), 1u);
+        EXPECT_EQ(dict.dictionary().begin()->first.data(), text);
+    }
+}
+
+TEST(BinaryPlistReader, RejectsKeysOverlappingOneString)
+{
+    // Ten table entries point at one 200-byte string, each used once as a
+    // key: read apart, they would be ten copies of a string the file holds
+    // once.
+    BinaryPlistBuilder b;
+    const std::uint64_t text = b.add(BinaryPlistBuilder::ascii(std::string(200, 'k')));
+    std::vector<std::uint64_t> aliases, values;
+    for (int i = 0; i < 10; ++i) aliases.push_back(b.add(raw({0x09})));
+    for (int i = 0; i < 10; ++i) values.push_back(b.add(raw({0x08})));
+    b.topObject = b.add(b.dictionary(aliases, values));
+    std::string bytes = b.build();
+    const std::uint64_t table = bytes.size() - 32 - (1 + aliases.size() + values.size() + 1);
+    for (std::uint64_t ref : aliases) bytes[table + ref] = static_cast<char>(b.offsetOf(text));
     std::string error;
-    EXPECT_FALSE(readBinary(b.build(), &error));
-    EXPECT_NE(error.find("dictionary keys copied from this file add up to more than 64 times its size"), std::string::npos)
-        << error;
+    EXPECT_FALSE(readBinary(bytes, &error));
+    EXPECT_NE(error.find("objects overlap: the keys' bytes"), std::string::npos) << error;
+}
+
+TEST(BinaryPlistReader, ReadsAnEmptyContainerReferencedManyTimesOnce)
+{
+    // Parsed again for each reference, the empty containers' bytes would add
+    // up to more than the file holds and read as overlapping objects.
+    BinaryPlistBuilder b;
+    const std::uint64_t emptyDict = b.add(BinaryPlistBuilder::marker(0xD, 0));
+    const std::uint64_t emptyArray = b.add(BinaryPlistBuilder::marker(0xA, 0));
+    std::vector<std::uint64_t> items;
+    for (int i = 0; i < 100; ++i) {
+        items.push_back(emptyDict);
+        items.push_back(emptyArray);
+    }
+    b.topObject = b.add(b.array(items));
+    const Value root = readOk(b.build());
+    ASSERT_EQ(root.size(), 200u);
+    EXPECT_EQ(root.array()[198], Value::emptyDictionary());
+    EXPECT_EQ(root.array()[199], Value::emptyArray());
 }
 
 }  // namespace

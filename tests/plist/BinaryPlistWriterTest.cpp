@@ -115,6 +115,17 @@ TEST(BinaryPlistWriter, WritesEqualScalarsOnceButNotEqualContainers)
     EXPECT_EQ(back.array()[0].payloadIdentity(), back.array()[1].payloadIdentity());
 }
 
+TEST(BinaryPlistWriter, KeepsEmptyContainersOfEachKindApart)
+{
+    // Empty containers own no payload; an empty array and an empty
+    // dictionary must still not become one object.
+    const Value empties(Array{Value::emptyArray(), Value::emptyDictionary(), Value::emptyArray(), Value(std::string()),
+                              Value::data("")});
+    const Value back = roundTrip(empties);
+    EXPECT_EQ(back, empties);
+    EXPECT_EQ(trailerOf(written(empties)).objectCount, 5u);
+}
+
 TEST(BinaryPlistWriter, ChoosesTheSmallestReferenceAndOffsetWidths)
 {
     Array small, large;

@@ -25,7 +25,7 @@ void collectArchives(const Value& value, const std::string& file, const std::str
     if (value.isData() && isArchive(value.dataBytes())) {
         out.push_back({file, path, value.dataBytes()});
     } else if (value.isDictionary()) {
-        for (const auto& [key, child] : value.dictionary()) collectArchives(child, file, path + "/" + key, out);
+        for (const auto& [key, child] : value.dictionary()) collectArchives(child, file, path + "/" + key.str(), out);
     } else if (value.isArray()) {
         for (std::size_t i = 0; i < value.array().size(); ++i)
             collectArchives(value.array()[i], file, path + "/" + std::to_string(i), out);

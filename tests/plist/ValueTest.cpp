@@ -69,3 +69,41 @@ TEST(Value, DictionaryHelpers)
     EXPECT_EQ(v.find("a"), nullptr);
     EXPECT_TRUE(v.value("missing").isNull());
 }
+
+TEST(Value, DeepCopyDetachesEveryLevelSoWritesStayApart)
+{
+    const Value leaf(Dictionary{{"n", Value(1)}});
+    const Value original(Array{Value(Dictionary{{"x", leaf}, {"y", leaf}}), Value(Array{leaf})});
+    Value copy = original.deepCopy();
+    copy.mutableArray()[0].mutableDictionary()["x"].set("n", Value(2));
+    copy.mutableArray()[1].mutableArray()[0].set("m", Value(3));
+    EXPECT_EQ(original.array()[0].value("x").value("n"), Value(1));
+    EXPECT_EQ(original.array()[0].value("y"), leaf);
+    EXPECT_EQ(original.array()[1].array()[0], leaf);
+    EXPECT_EQ(copy.array()[0].value("y").value("n"), Value(1)) << "the copy's two uses of the leaf are separate too";
+}
+
+TEST(Value, EmptyPayloadsHaveOneIdentityPerType)
+{
+    const Value types[] = {Value(std::string()), Value::data(""), Value::emptyArray(), Value::emptyDictionary()};
+    for (const Value& a : types) {
+        EXPECT_NE(a.payloadIdentity(), nullptr) << typeName(a.type());
+        for (const Value& b : types) {
+            if (&a == &b) continue;
+            EXPECT_NE(a.payloadIdentity(), b.payloadIdentity()) << typeName(a.type()) << " " << typeName(b.type());
+        }
+    }
+    EXPECT_EQ(Value::emptyArray().payloadIdentity(), Value(Array{}).payloadIdentity());
+    EXPECT_EQ(Value(1).payloadIdentity(), nullptr);
+    EXPECT_EQ(Value::emptyDictionary(), Value(Dictionary{}));
+    EXPECT_NE(Value::emptyDictionary(), Value::emptyArray());
+}
+
+TEST(Value, AssigningAPartOfItselfKeepsThePart)
+{
+    Value v(Array{Value(Dictionary{{"k", Value(std::string("a string long enough to be on the heap"))}})});
+    v = v.array()[0];
+    EXPECT_EQ(v.value("k").string(), "a string long enough to be on the heap");
+    v = std::move(v.mutableDictionary().find("k")->second);
+    EXPECT_EQ(v.string(), "a string long enough to be on the heap");
+}

@@ -85,11 +85,34 @@ TEST(XmlPlist, ReadsContainersCommentsCdataAndLineEnds)
     EXPECT_EQ(v.array()[4].uidValue(), 7u);
 }
 
-TEST(XmlPlist, RepeatedKeyKeepsTheLastValue)
+TEST(XmlPlist, UnsortedAndRepeatedKeysReadAsASortedDictionary)
 {
-    const Value v = parse("<dict><key>a</key><integer>1</integer><key>a</key><integer>2</integer></dict>");
-    EXPECT_EQ(v.size(), 1u);
-    EXPECT_EQ(v.value("a").toInt(), 2);
+    const Value v = parse("<dict><key>b</key><integer>1</integer><key>a</key><integer>2</integer>"
+                          "<key>c</key><dict><key>z</key><true/><key>y</key><false/></dict>"
+                          "<key>a</key><integer>3</integer><key>&#98;</key><integer>4</integer></dict>");
+    EXPECT_EQ(v.size(), 3u);
+    EXPECT_EQ(v.value("a").toInt(), 3) << "the last of a repeated key wins";
+    EXPECT_EQ(v.value("b").toInt(), 4) << "also when spelled with a character reference";
+    EXPECT_EQ(v.value("c").value("y"), Value(false));
+    EXPECT_EQ(v.value("c").value("z"), Value(true));
+    EXPECT_EQ(v.dictionary().begin()->first, "a");
+}
+
+TEST(XmlPlist, DictionariesShareTheirKeyNames)
+{
+    const Value v = parse("<array><dict><key>inputPortStates</key><true/></dict>"
+                          "<dict><key>inputPortStates</key><false/></dict></array>");
+    ASSERT_EQ(v.size(), 2u);
+    EXPECT_EQ(v.array()[0].dictionary().begin()->first.data(), v.array()[1].dictionary().begin()->first.data());
+}
+
+TEST(XmlPlist, DataMayBreakItsGroupsOfFourAnywhere)
+{
+    EXPECT_EQ(parse("<data>aGVsbG8gd29ybGQ=</data>").dataBytes(), "hello world");
+    EXPECT_EQ(parse("<data>a GVs\n\tbG8g d29y bGQ =</data>").dataBytes(), "hello world");
+    EXPECT_EQ(parse("<data>aGVsbG8gd29ybGQh</data>").dataBytes(), "hello world!");
+    EXPECT_EQ(parse("<data/>").dataBytes(), "");
+    EXPECT_NE(errorFor(wrap("<data>aGVsbG8=aGVs</data>")).find("base64"), std::string::npos) << "data after padding";
 }
 
 TEST(XmlPlist, WriterProducesThePlatformLayout)
