@@ -3,7 +3,7 @@
 
 #include "BenchTools.h"
 
-#include <QGuiApplication>
+#include <QApplication>
 #include <QLoggingCategory>
 
 #include <benchmark/benchmark.h>
@@ -41,7 +41,7 @@ void ensureApplication()
     static int argc = 1;
     static char name[] = "velloran-bench";
     static char* argv[] = {name, nullptr};
-    static QGuiApplication app(argc, argv);
+    static QApplication app(argc, argv);  // widgets for the canvas benchmarks
     QLoggingCategory::setFilterRules(QStringLiteral("velloran.*.debug=false\nvelloran.*.info=false"));
 }
 

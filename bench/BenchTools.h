@@ -10,7 +10,8 @@ using ToolFunction = int (*)(int argc, char** argv);  // the arguments after --N
 // Call at static initialisation: `static const bool registered = registerTool(...)`.
 bool registerTool(const char* name, const char* usage, ToolFunction function);
 
-// A GUI application on the offscreen platform, for fonts and images; made once.
+// A widget application on the offscreen platform, for fonts, images and the
+// canvas; made once.
 void ensureApplication();
 
 }  // namespace bench

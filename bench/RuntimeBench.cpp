@@ -5,6 +5,7 @@
 //    one string every frame (a ticker), the worst case for text.
 //  - BM_LoadCorpusFile/<name>: loading each file of the shared corpus
 //    (parse, build, describe ports); the target is under 20 ms each.
+#include "AllocationCounter.h"
 #include "BenchTools.h"
 #include "runtime/Composition.h"
 #include "runtime/Renderer.h"
@@ -109,11 +110,14 @@ void renderBroadcastFrame(benchmark::State& state, bool changingText)
     renderer.render(0);  // decode the images and lay out the text once
     double t = 0;
     int frame = 0;
+    const std::uint64_t allocationsBefore = bench::allocationCount();
     for (auto _ : state) {
         if (changingText) renderer.setInputValue("Ticker", QStringLiteral("Live from the studio, frame %1").arg(++frame));
         renderer.render(t += 0.04);
         benchmark::DoNotOptimize(renderer.snapshot().constBits());
     }
+    state.counters["allocations/frame"] = benchmark::Counter(
+        double(bench::allocationCount() - allocationsBefore), benchmark::Counter::kAvgIterations);
 }
 
 void registerCorpusBenchmarks()

@@ -1,6 +1,8 @@
 #include "app/CompositionDocumentsController.h"
 
+#include "app/VLPreferencesController.h"
 #include "app/VLWindowController.h"
+#include "app/VideoModeItems.h"
 #include "document/CompositionDocument.h"
 #include "model/VideoModeCatalogue.h"
 #include "model/VideoResolution.h"
@@ -17,6 +19,8 @@ namespace app {
 Q_LOGGING_CATEGORY(lcDocuments, "velloran.documents")
 
 CompositionDocumentsController::CompositionDocumentsController(QObject* parent) : QObject(parent) {}
+
+CompositionDocumentsController::~CompositionDocumentsController() = default;
 
 std::vector<VLWindowController*> CompositionDocumentsController::windows() const
 {
@@ -74,7 +78,10 @@ VLWindowController* CompositionDocumentsController::openDocument(const QString& 
     QString reason;
     auto document = document::CompositionDocument::open(path, &reason);
     if (!document) {
-        if (error) *error = reason;
+        if (error) {
+            *error = reason;
+            return nullptr;
+        }
         if (parent || windows().empty()) {
             QMessageBox box(QMessageBox::Warning, tr("Open"),
                             tr("The document “%1” could not be opened.").arg(QFileInfo(path).fileName()),
@@ -102,17 +109,33 @@ void CompositionDocumentsController::openDocumentWithPanel(QWidget* parent)
 
 void CompositionDocumentsController::fillNewDocumentMenu(QMenu* menu)
 {
-    const QString preferred = model::VideoResolution::defaultVideoResolution().title();
-    QString group;
-    for (const model::VideoMode& mode : model::VideoModeCatalogue::modes()) {
-        if (mode.pixelFormat != QLatin1String("rgba") || (mode.offered != 0 && mode.offered != 1)) continue;
-        if (!group.isNull() && mode.group != group) menu->addSeparator();
-        group = mode.group;
-        QAction* action = menu->addAction(mode.name);
-        if (mode.name == preferred) action->setText(mode.name + tr("  (default)"));
-        const QString name = mode.name;
+    addVideoModeItems(menu, [this](QAction* action, const QString& name) {
         connect(action, &QAction::triggered, this, [this, name] { newDocumentWithMode(name); });
-    }
+    });
+    newDocumentMenus_.emplace_back(menu);
+    VLPreferencesController::registerNewDocumentMenu(menu);
+}
+
+std::vector<QMenu*> CompositionDocumentsController::newDocumentMenus() const
+{
+    std::vector<QMenu*> result;
+    for (const auto& menu : newDocumentMenus_)
+        if (menu) result.push_back(menu);
+    return result;
+}
+
+VLPreferencesController* CompositionDocumentsController::preferencesController()
+{
+    if (!preferences_) preferences_ = std::make_unique<VLPreferencesController>(this);
+    return preferences_.get();
+}
+
+void CompositionDocumentsController::showPreferences()
+{
+    VLPreferencesController* preferences = preferencesController();
+    preferences->show();
+    preferences->raise();
+    preferences->activateWindow();
 }
 
 }  // namespace app

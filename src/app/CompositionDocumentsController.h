@@ -8,6 +8,7 @@
 #include <QPointer>
 #include <QString>
 
+#include <memory>
 #include <vector>
 
 class QMenu;
@@ -19,24 +20,35 @@ class VideoResolution;
 
 namespace app {
 
+class VLPreferencesController;
 class VLWindowController;
 
 class CompositionDocumentsController : public QObject {
     Q_OBJECT
 public:
     explicit CompositionDocumentsController(QObject* parent = nullptr);
+    ~CompositionDocumentsController() override;
 
     // A new document at the default mode; null only when no mode is known.
     VLWindowController* newDocument();
     // A new document at the named mode, or the default for an unknown name.
     VLWindowController* newDocumentWithMode(const QString& broadcastMode);
-    // Opens the package; on failure shows why over `parent` (when given)
-    // and answers null. An error message goes to `error` too.
+    // Opens the package; on failure answers null. The reason goes to
+    // `error` when the caller asks for it (and then reports it itself);
+    // otherwise it is shown over `parent`, or on its own when no window is
+    // open yet.
     VLWindowController* openDocument(const QString& packagePath, QWidget* parent = nullptr, QString* error = nullptr);
     // Asks for a package and opens it.
     void openDocumentWithPanel(QWidget* parent);
-    // Fills a menu with one New item per offered video mode, grouped.
+    // Fills a menu with one New item per offered video mode, grouped, and
+    // gives Ctrl+N to the preferred one.
     void fillNewDocumentMenu(QMenu* menu);
+    // Every New Document submenu of the open windows.
+    std::vector<QMenu*> newDocumentMenus() const;
+
+    // The one preferences window, made on first use.
+    VLPreferencesController* preferencesController();
+    void showPreferences();
 
     std::vector<VLWindowController*> windows() const;
 
@@ -45,6 +57,8 @@ private:
     QString nextUntitledName();
 
     std::vector<QPointer<VLWindowController>> windows_;
+    std::vector<QPointer<QMenu>> newDocumentMenus_;
+    std::unique_ptr<VLPreferencesController> preferences_;
     int untitledCount_ = 0;
 };
 

@@ -1,6 +1,7 @@
 #include "app/VLWindowController.h"
 
 #include "app/CompositionDocumentsController.h"
+#include "app/VLLibraryController.h"
 #include "canvas/AlertSheet.h"
 #include "canvas/CompositionView.h"
 #include "canvas/VLMainToolbar.h"
@@ -44,7 +45,7 @@ VLWindowController::VLWindowController(std::unique_ptr<document::CompositionDocu
     setObjectName(QStringLiteral("DocumentWindow"));
     setUnifiedTitleAndToolBarOnMac(true);
     scrollView_->setCompositionView(view_);
-    setCentralWidget(scrollView_);
+    buildPanels();
     toolbar_ = new canvas::VLMainToolbar(view_, [this] { return commands_.get(); });
     addToolBar(Qt::TopToolBarArea, toolbar_);
 
@@ -74,6 +75,7 @@ VLWindowController::VLWindowController(std::unique_ptr<document::CompositionDocu
     const QRect screen = QGuiApplication::primaryScreen() ? QGuiApplication::primaryScreen()->availableGeometry()
                                                           : QRect(0, 0, 1600, 1000);
     resize(std::min(1500, int(screen.width() * 0.9)), std::min(950, int(screen.height() * 0.9)));
+    restoreWindowState();
     view_->setFocus();
 }
 
@@ -254,7 +256,9 @@ void VLWindowController::closeEvent(QCloseEvent* event)
         event->ignore();
         return;
     }
+    saveWindowState();
     detachDocument();
+    library_->cleanUp();
     event->accept();
 }
 

@@ -1,15 +1,20 @@
 #pragma once
-// One document window: the canvas in the middle, the toolbar above it, the
-// menus that run the document's commands, and the status line with the
-// playhead's timecode. The window owns its document; closing it always
-// asks whether to save, since a template counts as edited once opened.
+// One document window: the canvas with its rulers in the middle above the
+// timeline's place, the toolbar above them, the inspector and the library
+// as dock panels, the menus that run the document's commands, and the
+// status line with the playhead's timecode. The window owns its document;
+// closing it always asks whether to save, since a template counts as edited
+// once opened. The panels' arrangement is kept under "windowState" for the
+// next window.
 
 #include <QMainWindow>
 
 #include <functional>
 #include <memory>
 
+class QDockWidget;
 class QLabel;
+class QSplitter;
 
 namespace document {
 class CompositionDocument;
@@ -26,6 +31,7 @@ class VLZoomScrollView;
 namespace app {
 
 class CompositionDocumentsController;
+class VLLibraryController;
 
 class VLWindowController : public QMainWindow {
     Q_OBJECT
@@ -44,6 +50,11 @@ public:
     canvas::CompositionView* compositionView() const { return view_; }
     canvas::VLZoomScrollView* scrollView() const { return scrollView_; }
     canvas::VLMainToolbar* mainToolbar() const { return toolbar_; }
+    QSplitter* splitter() const { return splitter_; }
+    QWidget* timelinePlaceholder() const { return timelinePlaceholder_; }
+    QDockWidget* inspectorDock() const { return inspectorDock_; }
+    QDockWidget* libraryDock() const { return libraryDock_; }
+    VLLibraryController* library() const { return library_; }
     // A menu action by its object name (the command names: "save", "undo",
     // "bringToFront", "zoom100", ...).
     QAction* action(const QString& name) const;
@@ -61,9 +72,17 @@ public:
 
     void setCloseQuestion(CloseQuestion question) { closeQuestion_ = std::move(question); }
     void setPathChooser(PathChooser chooser) { pathChooser_ = std::move(chooser); }
+    // Off for windows that only show something once (the screenshot), so
+    // they do not change the layout the user's next window starts with.
+    void setRemembersWindowState(bool remembers) { remembersWindowState_ = remembers; }
 
     // Shows a command's alert on this window.
     void showAlert(const document::Alert& alert);
+
+    // The library's double-click: opens each selected document.
+    void doubleClickedItem();
+    void showHelp();
+    void showAbout();
 
 protected:
     void closeEvent(QCloseEvent* event) override;
@@ -75,6 +94,10 @@ private:
     void buildArrangeMenu();
     void buildCompositionMenu();
     void buildViewMenu();
+    void buildHelpMenu();
+    void buildPanels();
+    void restoreWindowState();
+    void saveWindowState();
     QAction* addCommand(QMenu* menu, const QString& name, const QString& title, const QKeySequence& shortcut,
                         std::function<void()> run);
     void attachDocument();
@@ -96,6 +119,12 @@ private:
     canvas::CompositionView* view_;
     canvas::VLZoomScrollView* scrollView_;
     canvas::VLMainToolbar* toolbar_;
+    QSplitter* splitter_;
+    QWidget* timelinePlaceholder_;
+    QDockWidget* inspectorDock_;
+    QDockWidget* libraryDock_;
+    VLLibraryController* library_;
+    bool remembersWindowState_ = true;
     QLabel* timecodeLabel_;
     QLabel* formatLabel_;
     QLabel* selectionLabel_;

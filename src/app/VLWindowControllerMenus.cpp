@@ -2,6 +2,7 @@
 // canvas action or a clipboard form; each is found by its object name.
 
 #include "app/CompositionDocumentsController.h"
+#include "app/ProductInfo.h"
 #include "app/VLWindowController.h"
 
 #include "canvas/CompositionView.h"
@@ -15,6 +16,8 @@
 #include <QActionGroup>
 #include <QApplication>
 #include <QClipboard>
+#include <QDesktopServices>
+#include <QDockWidget>
 #include <QGuiApplication>
 #include <QMenuBar>
 #include <QMessageBox>
@@ -43,12 +46,15 @@ void VLWindowController::buildMenus()
     buildArrangeMenu();
     buildCompositionMenu();
     buildViewMenu();
+    buildHelpMenu();
 }
 
 void VLWindowController::buildFileMenu()
 {
     QMenu* menu = menuBar()->addMenu(tr("&File"));
-    addCommand(menu, QStringLiteral("newDocument"), tr("&New"), QKeySequence::New, [this] {
+    // Ctrl+N belongs to the preferred format's item in the submenu (the same
+    // document this item makes); giving it here too would make it ambiguous.
+    addCommand(menu, QStringLiteral("newDocument"), tr("&New"), {}, [this] {
         if (controller_) controller_->newDocument();
     });
     QMenu* modes = menu->addMenu(tr("New Document"));
@@ -100,6 +106,14 @@ void VLWindowController::buildEditMenu()
     menu->addSeparator();
     addCommand(menu, QStringLiteral("selectAll"), tr("Select &All"), QKeySequence::SelectAll,
                [this] { commands_->selectAll(); });
+    menu->addSeparator();
+    // Most Linux desktops define no standard key for preferences.
+    const QKeySequence standard(QKeySequence::Preferences);
+    QAction* preferences = addCommand(menu, QStringLiteral("showPreferences"), tr("Pr&eferences…"),
+                                      standard.isEmpty() ? QKeySequence(tr("Ctrl+,")) : standard, [this] {
+                                          if (controller_) controller_->showPreferences();
+                                      });
+    preferences->setMenuRole(QAction::PreferencesRole);
     connect(QGuiApplication::clipboard(), &QClipboard::dataChanged, this, &VLWindowController::updateSelectionActions);
 }
 
@@ -196,7 +210,34 @@ void VLWindowController::buildViewMenu()
         c->setShowsSafeZones(!c->showsSafeZones());
     });
     safe->setCheckable(true);
+    menu->addSeparator();
+    // The items follow the panels, which can also be closed by their own
+    // title bar buttons.
+    const std::pair<QString, QDockWidget*> panels[] = {{QStringLiteral("toggleInspector"), inspectorDock_},
+                                                       {QStringLiteral("toggleLibrary"), libraryDock_}};
+    const QString titles[] = {tr("Show &Inspector"), tr("Show &Library")};
+    const QKeySequence keys[] = {QKeySequence(tr("Ctrl+Alt+I")), QKeySequence(tr("Ctrl+Alt+L"))};
+    for (std::size_t i = 0; i < std::size(panels); ++i) {
+        QDockWidget* dock = panels[i].second;
+        QAction* toggle = addCommand(menu, panels[i].first, titles[i], keys[i],
+                                     [dock] { dock->toggleViewAction()->trigger(); });
+        toggle->setCheckable(true);
+        toggle->setChecked(dock->toggleViewAction()->isChecked());
+        connect(dock->toggleViewAction(), &QAction::toggled, toggle, &QAction::setChecked);
+    }
 }
+
+void VLWindowController::buildHelpMenu()
+{
+    QMenu* menu = menuBar()->addMenu(tr("&Help"));
+    addCommand(menu, QStringLiteral("showHelp"), tr("Velloran &Help"), QKeySequence::HelpContents, [this] { showHelp(); });
+    QAction* about = addCommand(menu, QStringLiteral("about"), tr("&About Velloran"), {}, [this] { showAbout(); });
+    about->setMenuRole(QAction::AboutRole);
+}
+
+void VLWindowController::showHelp() { QDesktopServices::openUrl(product::helpPageUrl()); }
+
+void VLWindowController::showAbout() { QMessageBox::about(this, tr("About Velloran"), product::aboutText()); }
 
 void VLWindowController::updateUndoActions()
 {

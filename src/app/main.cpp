@@ -1,16 +1,64 @@
-// velloran [FILE.composition]: the editor. Opens the given document, or a
-// new one at the preferred video mode.
+// velloran [FILE.composition...]: the editor. Opens the given documents, or
+// a new one at the preferred video mode.
+// velloran --screenshot OUT.png [--time SECONDS] [FILE.composition]: renders
+// the first window once into OUT.png and quits without saving.
 
 #include "app/CompositionDocumentsController.h"
 #include "app/EditorStyle.h"
 #include "app/VLWindowController.h"
+#include "app/WindowScreenshot.h"
 #include "document/CompositionDocument.h"
 #include "model/Composition.h"
 
 #include <QApplication>
 #include <QCommandLineParser>
-#include <QImage>
-#include <QTimer>
+
+#include <cstdio>
+
+namespace {
+
+// Closes every window without saving and without changing the layout the
+// user's next window starts with.
+void closeWithoutSaving(app::CompositionDocumentsController& controller)
+{
+    for (app::VLWindowController* open : controller.windows()) {
+        open->setRemembersWindowState(false);
+        open->setCloseQuestion([](app::VLWindowController&) { return app::VLWindowController::CloseAnswer::DontSave; });
+    }
+    QApplication::closeAllWindows();
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+}
+
+int takeScreenshot(app::CompositionDocumentsController& controller, const QStringList& paths, const QString& output,
+                   const QString& time)
+{
+    bool validTime = true;
+    const double seconds = time.isEmpty() ? 0.0 : time.toDouble(&validTime);
+    if (!validTime) {
+        std::fprintf(stderr, "velloran: --time needs a number of seconds, not \"%s\"\n", qPrintable(time));
+        return 2;
+    }
+    // Nothing here may wait for a person: a document that cannot be opened
+    // is reported on stderr, not in a dialog.
+    for (const QString& path : paths) {
+        QString error;
+        if (!controller.openDocument(path, nullptr, &error)) {
+            std::fprintf(stderr, "velloran: %s: %s\n", qPrintable(path), qPrintable(error));
+            closeWithoutSaving(controller);
+            return 1;
+        }
+    }
+    if (controller.windows().empty()) controller.newDocument();
+    if (controller.windows().empty()) return 1;
+    app::VLWindowController* window = controller.windows().front();
+    if (!time.isEmpty()) window->document()->composition()->setEditorTimepoint(seconds);
+    const bool saved = app::saveWindowScreenshot(window, output);
+    if (!saved) std::fprintf(stderr, "velloran: could not write %s\n", qPrintable(output));
+    closeWithoutSaving(controller);
+    return saved ? 0 : 1;
+}
+
+}  // namespace
 
 int main(int argc, char** argv)
 {
@@ -25,29 +73,28 @@ int main(int argc, char** argv)
     parser.setApplicationDescription(QStringLiteral("Velloran, the editor for broadcast graphics templates."));
     parser.addHelpOption();
     parser.addVersionOption();
+    const QCommandLineOption screenshot(QStringLiteral("screenshot"),
+                                        QStringLiteral("Render the first window into OUT.png and quit without saving."),
+                                        QStringLiteral("OUT.png"));
+    const QCommandLineOption time(QStringLiteral("time"),
+                                  QStringLiteral("With --screenshot: move the playhead to SECONDS first."),
+                                  QStringLiteral("SECONDS"));
+    parser.addOption(screenshot);
+    parser.addOption(time);
     parser.addPositionalArgument(QStringLiteral("file"), QStringLiteral("A .composition document to open."),
                                  QStringLiteral("[FILE.composition...]"));
     parser.process(application);
 
     app::CompositionDocumentsController controller;
+    if (parser.isSet(screenshot))
+        return takeScreenshot(controller, parser.positionalArguments(), parser.value(screenshot), parser.value(time));
+    if (parser.isSet(time)) {
+        std::fprintf(stderr, "velloran: --time only goes with --screenshot\n");
+        return 2;
+    }
+
     for (const QString& path : parser.positionalArguments()) controller.openDocument(path);
     if (controller.windows().empty()) controller.newDocument();
     if (controller.windows().empty()) return 1;
-
-    // VELLORAN_SCREENSHOT=FILE.png: grab the first window once it has
-    // settled and quit, for checking the look without a person at the screen;
-    // VELLORAN_SCREENSHOT_TIME=SECONDS moves the playhead first.
-    const QString screenshot = qEnvironmentVariable("VELLORAN_SCREENSHOT");
-    if (!screenshot.isEmpty()) {
-        bool hasTime = false;
-        const double time = qEnvironmentVariable("VELLORAN_SCREENSHOT_TIME").toDouble(&hasTime);
-        if (hasTime) controller.windows().front()->document()->composition()->setEditorTimepoint(time);
-        QTimer::singleShot(1500, &application, [&controller, screenshot] {
-            controller.windows().front()->grab().save(screenshot);
-            for (app::VLWindowController* window : controller.windows())
-                window->setCloseQuestion([](app::VLWindowController&) { return app::VLWindowController::CloseAnswer::DontSave; });
-            QApplication::closeAllWindows();
-        });
-    }
     return application.exec();
 }

@@ -52,6 +52,9 @@ model::Composition* CompositionView::composition() const { return document_ ? do
 void CompositionView::setDocument(document::CompositionDocument* document)
 {
     endGesture(false);
+    // A running Photoshop import belongs to the document it was dropped on.
+    waitingPSDImports_.clear();
+    cancelPSDImport();
     cleanUp();
     document_ = document;
     if (!document_) {

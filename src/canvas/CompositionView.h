@@ -3,7 +3,8 @@
 // and zoomed inside a scroll view, every component drawn at the editor
 // timepoint by its own renderer, the selection handles, safe areas, guide
 // rulers and the marquee over them. Mouse and keyboard editing live in
-// CompositionViewEditing.cpp, drops in CompositionViewDragAndDrop.cpp.
+// CompositionViewEditing.cpp, drops in CompositionViewDragAndDrop.cpp, the
+// Photoshop import sheet in CompositionViewPSDImport.cpp.
 //
 // The view follows the model by observing keys; it changes the model only
 // through the composition's and components' operations.
@@ -14,10 +15,12 @@
 #include "model/UndoManager.h"
 
 #include <QPointer>
+#include <QStringList>
 #include <QTimer>
 #include <QVariantMap>
 #include <QWidget>
 
+#include <deque>
 #include <memory>
 #include <vector>
 
@@ -32,8 +35,14 @@ class Composition;
 class QuartzComponent;
 class Ruler;
 }  // namespace model
+namespace psd {
+class PSDLayerImporter;
+}
 
 namespace canvas {
+
+class PSDImportSheet;
+class PSDView;
 
 class CompositionView : public QWidget {
     Q_OBJECT
@@ -73,7 +82,42 @@ public:
     void togglePlay();
     // Adds components from files as a drop does and shows the import
     // warnings in a sheet; false when a composition file could not be used.
+    // A Photoshop file goes to the import sheet once the event loop runs
+    // again, unless `commandKeyPressed` makes it one flat image.
     bool addComponentsFromPaths(const QStringList& paths, bool commandKeyPressed);
+
+    // Photoshop import (CompositionViewPSDImport.cpp). A file's layers are
+    // shown in a window-modal sheet first; the import runs when the sheet
+    // ends with code 1 (`doPSDImport`) and nothing happens with code 0
+    // (`cancelPSDImport`). Only one sheet runs at a time: a file handed over
+    // while one is open waits for it to end.
+    static bool isPSDFile(const QString& path);  // the extension is exactly "psd"
+    // [Photoshop file, component file]: the deferred form a drop uses.
+    void triggerPSDImport(const QStringList& paths);
+    // Reads the file and opens the sheet; the component file (one with an
+    // "Image" input) is what every imported picture is shown with.
+    void importPSDFile(const QString& psdPath, const QString& qtzFile);
+    void doPSDImport();
+    void cancelPSDImport();
+    // Any value given, even a false one, sets `importAllPSDLayer`; only an
+    // absent (invalid) value switches every layer back on and clears it.
+    void setImportAllPSDLayer(const QVariant& value = QVariant());
+    void setImportPSDLayersAsSeperateComponents(bool on);
+    // Imports for code 1 as one undo step, then closes the sheet.
+    void psdImportSheetDidEnd(int returnCode, const QString& qtzFile);
+    // Switches one layer on or off as the sheet's tick does; switching one
+    // off means the user is choosing layers, so the flag is set.
+    void switchPSDLayer(int layerIndex, bool on);
+
+    // Set while the file has hidden layers or the user is choosing layers.
+    bool importAllPSDLayer() const { return importAllPSDLayer_; }
+    bool importPSDLayersAsSeperateComponents() const { return importPSDLayersAsSeperateComponents_; }
+    // The importer of the running import; null between imports.
+    psd::PSDLayerImporter* psdImporter() const { return psdImporter_.get(); }
+    // The sheet and its preview once the first import has made them.
+    PSDImportSheet* psdImportPanel() const;
+    PSDView* psdView() const;
+
     // A guide at a composition coordinate: y for a horizontal one, x else.
     void addGuide(double position, bool horizontal);
     model::Ruler* rulerAt(const QPointF& compositionPoint) const;
@@ -141,6 +185,8 @@ private:
     void endGesture(bool commit);
     void cancelGestureIfStale();
     void openUndoGroup(const QString& name);
+    PSDImportSheet* makePSDImportPanel();
+    void syncPSDImportPanel();
     void updateCursor(const QPointF& p);
     model::UndoManager* undoManager() const;
 
@@ -154,6 +200,14 @@ private:
     SafeAreasLayer safeAreas_;
     RubberBandLayer rubberBand_;
     Gesture gesture_;
+
+    // The running Photoshop import.
+    std::shared_ptr<psd::PSDLayerImporter> psdImporter_;  // the sheet's views hold it weakly
+    bool importPSDLayersAsSeperateComponents_ = true;
+    bool importAllPSDLayer_ = false;
+    QString psdImportComponentFile_;  // the sheet's context
+    QPointer<PSDImportSheet> psdImportPanel_;
+    std::deque<QStringList> waitingPSDImports_;
 };
 
 }  // namespace canvas

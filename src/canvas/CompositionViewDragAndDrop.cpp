@@ -1,6 +1,6 @@
 // Files dropped on the canvas become components: composition files as
-// themselves, images as image components, Photoshop files one component per
-// layer (or one flat image with Control held).
+// themselves, images as image components, Photoshop files through the import
+// sheet (or one flat image with Control held).
 
 #include "canvas/AlertSheet.h"
 #include "canvas/CompositionView.h"
@@ -56,7 +56,15 @@ bool CompositionView::addComponentsFromPaths(const QStringList& paths, bool comm
     document::DropResult result;
     {
         model::UndoGroup group(document_->store().undoManager(), tr("Add Components"));
-        result = document::addComponentsFromPaths(*c, paths, commandKeyPressed);
+        // A Photoshop file opens its sheet once the drop is over, so the
+        // drag source is not kept waiting; the sheet's import is its own
+        // undo step.
+        result = document::addComponentsFromPaths(
+            *c, paths, commandKeyPressed, [this](const QString& psdPath, const QString& componentFile) {
+                QTimer::singleShot(0, this, [this, psdPath, componentFile] {
+                    triggerPSDImport({psdPath, componentFile});
+                });
+            });
     }
     if (!result.warnings.isEmpty())
         showAlertSheet(window(), document::Alert{QStringLiteral("Import Composition"),

@@ -1,10 +1,9 @@
 #include "canvas/ToolbarArtwork.h"
 
-#include <QApplication>
+#include "canvas/ArtworkIcon.h"
+
 #include <QPainter>
 #include <QPainterPath>
-#include <QPalette>
-#include <QPixmap>
 
 #include <cmath>
 #include <functional>
@@ -14,15 +13,8 @@ namespace canvas {
 
 namespace {
 
-constexpr int kSize = 24;  // logical size; drawn at twice that for sharp scaling
-
-struct Ink {
-    QColor line;
-    QColor fill;
-    QColor accent;
-};
-
-using Drawing = std::function<void(QPainter&, const Ink&)>;
+using Ink = ArtworkInk;
+using Drawing = ArtworkDrawing;
 
 void bar(QPainter& p, const QRectF& r, const QColor& c) { p.fillRect(r, c); }
 
@@ -205,30 +197,7 @@ QIcon ToolbarArtwork::toolbarImageWithName(const QString& name)
 {
     const QString key = imageNameForToolbarItem(name).mid(int(qstrlen("imageOfToolbar")));
     const auto found = drawings().find(key);
-    if (found == drawings().end()) return {};
-    const QPalette palette = QApplication::palette();
-    QIcon icon;
-    for (QIcon::Mode mode : {QIcon::Normal, QIcon::Disabled}) {
-        const QPalette::ColorGroup group = mode == QIcon::Disabled ? QPalette::Disabled : QPalette::Active;
-        Ink ink{palette.color(group, QPalette::WindowText), palette.color(group, QPalette::WindowText),
-                palette.color(group, QPalette::Highlight)};
-        ink.fill.setAlphaF(0.55f);
-        if (mode == QIcon::Disabled) {
-            ink.line.setAlphaF(0.35f);
-            ink.fill.setAlphaF(0.2f);
-            ink.accent.setAlphaF(0.3f);
-        }
-        QPixmap pixmap(kSize * 2, kSize * 2);
-        pixmap.fill(Qt::transparent);
-        QPainter painter(&pixmap);
-        painter.setRenderHint(QPainter::Antialiasing);
-        painter.scale(2, 2);
-        found->second(painter, ink);
-        painter.end();
-        pixmap.setDevicePixelRatio(2);
-        icon.addPixmap(pixmap, mode);
-    }
-    return icon;
+    return found == drawings().end() ? QIcon() : artworkIcon(found->second);
 }
 
 }  // namespace canvas

@@ -6,11 +6,13 @@
 #include "document/DocumentCommands.h"
 #include "model/Composition.h"
 #include "model/Settings.h"
+#include "model/StandardComponents.h"
 
 #include <QComboBox>
 #include <QFileDialog>
 #include <QLabel>
 #include <QMenu>
+#include <QTimer>
 #include <QToolButton>
 #include <QVBoxLayout>
 #include <QWidgetAction>
@@ -202,6 +204,15 @@ void VLMainToolbar::addToolbarComponent(const ToolbarComponentEntry& entry)
     if (entry.asksForFile()) {
         chosen = fileChooser_ ? fileChooser_(entry) : QString();
         if (chosen.isEmpty()) return;
+        if (entry.inputKey() == QLatin1String("Image") && CompositionView::isPSDFile(chosen)) {
+            // The layers go through the canvas's import sheet, opened once
+            // the file panel has gone.
+            const QString qtz = model::StandardComponents::pathForComponent(entry.component);
+            if (!qtz.isEmpty()) {
+                QTimer::singleShot(0, view_, [view = view_, chosen, qtz] { view->triggerPSDImport({chosen, qtz}); });
+                return;
+            }
+        }
     }
     canvas::addToolbarComponent(*c, entry, chosen);
 }

@@ -44,7 +44,22 @@ int importPSDLayers(model::Composition& composition, const psd::PSDLayerImporter
     return added;
 }
 
-DropResult addComponentsFromPaths(model::Composition& composition, const QStringList& paths, bool commandKeyPressed)
+model::QuartzComponent* importCombinedPSDImage(model::Composition& composition,
+                                               const psd::PSDLayerImporter& importer, const QString& componentFile)
+{
+    model::QuartzComponent* c = composition.addComponenWithQuartzCompositionFile(
+        componentFile, {{QStringLiteral("Image"), importer.combinedImageOfVisibleLayers()}});
+    if (!c) return nullptr;
+    c->setTitle(importer.filename());
+    // The picture has the document's size, so this lays it over the canvas
+    // the way the document was laid out.
+    c->setOriginX(0);
+    c->setOriginY(0);
+    return c;
+}
+
+DropResult addComponentsFromPaths(model::Composition& composition, const QStringList& paths, bool commandKeyPressed,
+                                  const PSDImportHandler& psdImport)
 {
     DropResult result;
     const QString imageComponent = model::StandardComponents::pathForComponent(QStringLiteral("ImageComponent"));
@@ -60,8 +75,14 @@ DropResult addComponentsFromPaths(model::Composition& composition, const QString
             }
             continue;
         }
+        const bool photoshop = isPSDFile(path);
+        if (photoshop && !commandKeyPressed && psdImport) {
+            // The taker reads the file and reports one that does not decode.
+            if (!imageComponent.isEmpty()) psdImport(path, imageComponent);
+            continue;
+        }
         QImage image;
-        if (isPSDFile(path)) {
+        if (photoshop) {
             std::string error;
             auto importer = psd::PSDLayerImporter::fromPath(path, false, &error);
             if (!importer) {

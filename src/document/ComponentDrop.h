@@ -6,9 +6,12 @@
 #include <QString>
 #include <QStringList>
 
+#include <functional>
+
 namespace model {
 class Composition;
-}
+class QuartzComponent;
+}  // namespace model
 namespace psd {
 class PSDLayerImporter;
 }
@@ -21,15 +24,28 @@ struct DropResult {
     int componentsAdded = 0;
 };
 
-// `commandKeyPressed`: a Photoshop file becomes one flat image instead of layers.
+// Takes a Photoshop file over from the drop, with the image component file
+// its pictures are to be shown with: the editor lets the user choose the
+// layers in a sheet first. Without one the layers come in straight away.
+using PSDImportHandler = std::function<void(const QString& psdPath, const QString& componentFile)>;
+
+// `commandKeyPressed`: a Photoshop file becomes one flat image instead of
+// layers, and is never handed to `psdImport`.
 DropResult addComponentsFromPaths(model::Composition& composition, const QStringList& paths,
-                                  bool commandKeyPressed = false);
+                                  bool commandKeyPressed = false, const PSDImportHandler& psdImport = {});
 
 // One image component per visible layer, bottom layer first so that the
 // stacking is kept; each at its layer's place, named "<layer> - <file>".
 int importPSDLayers(model::Composition& composition, const psd::PSDLayerImporter& importer,
                     const QString& componentFile);
 
+// One image component of the visible layers flattened, titled with the file
+// name, its lower-left corner on the canvas's; null when the component file
+// cannot be used.
+model::QuartzComponent* importCombinedPSDImage(model::Composition& composition,
+                                               const psd::PSDLayerImporter& importer, const QString& componentFile);
+
+// The extension is exactly "psd" (lower case, as the drop has always tested it).
 bool isPSDFile(const QString& path);
 
 // The sheet text for the warnings of a composition import.

@@ -2,6 +2,7 @@
 
 #include <QColor>
 #include <QDir>
+#include <QFont>
 #include <QFontDatabase>
 #include <QSettings>
 
@@ -36,8 +37,42 @@ QVariant Settings::value(const QString& key)
 
 bool Settings::contains(const QString& key) { return store().contains(key) || registeredDefault(key).isValid(); }
 
-void Settings::setValue(const QString& key, const QVariant& value) { store().setValue(key, value); }
+void Settings::setValue(const QString& key, const QVariant& value)
+{
+    store().setValue(key, value);
+    Q_EMIT notifier()->valueChanged(key);
+}
 
-void Settings::remove(const QString& key) { store().remove(key); }
+void Settings::remove(const QString& key)
+{
+    store().remove(key);
+    Q_EMIT notifier()->valueChanged(key);
+}
+
+SettingsNotifier* Settings::notifier()
+{
+    static SettingsNotifier instance;
+    return &instance;
+}
+
+QFont Settings::defaultFontForElements()
+{
+    int size = intValue(kDefaultFontSize);
+    if (size < 1) size = 12;
+    const QString name = stringValue(kDefaultFontName);
+    // A font that was uninstalled since it was chosen must not turn into
+    // whatever fallback the font matcher picks; the system font is the
+    // predictable choice.
+    QFont font = !name.isEmpty() && QFontDatabase::hasFamily(name) ? QFont(name)
+                                                                     : QFontDatabase::systemFont(QFontDatabase::GeneralFont);
+    font.setPointSize(size);
+    return font;
+}
+
+void Settings::setAsDefaultFontForElements(const QFont& font)
+{
+    setValue(kDefaultFontName, font.family());
+    setValue(kDefaultFontSize, int(font.pointSizeF()));
+}
 
 }  // namespace model

@@ -3,10 +3,22 @@
 // "Velloran") under the keys the program has always used. A key the user
 // never set reads as its registered default, or as absent.
 
+#include <QObject>
 #include <QString>
 #include <QVariant>
 
+class QFont;
+
 namespace model {
+
+// Announces every change made through Settings, so that a panel showing a
+// preference (the library's folder, the preferred format) follows it while
+// it is open.
+class SettingsNotifier : public QObject {
+    Q_OBJECT
+Q_SIGNALS:
+    void valueChanged(const QString& key);
+};
 
 class Settings {
 public:
@@ -37,6 +49,16 @@ public:
     static int intValue(const QString& key) { return value(key).toInt(); }
 
     static QVariant registeredDefault(const QString& key);
+
+    // Emits valueChanged(key) after every setValue and remove.
+    static SettingsNotifier* notifier();
+
+    // The font text elements start with: the stored name at the stored
+    // size. A size below 1 means 12 points; a name that is missing or no
+    // longer installed means the system font at the stored size.
+    static QFont defaultFontForElements();
+    // Stores the font's family and its point size truncated to a whole number.
+    static void setAsDefaultFontForElements(const QFont& font);
 };
 
 }  // namespace model

@@ -11,6 +11,13 @@ PSDLayer::PSDLayer(QImage image, QString name, QPointF origin, double opacity, b
 {
 }
 
+void PSDLayer::setVisible(bool visible)
+{
+    if (visible == visible_) return;
+    visible_ = visible;
+    visibleObservers_.notify(visible_);
+}
+
 QString PSDLayer::description() const
 {
     return QStringLiteral("<PSDLayer: %1> name: %2, origin: {%3, %4}, opacity: %5 is visible: %6")

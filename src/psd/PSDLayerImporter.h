@@ -4,6 +4,7 @@
 // The sheet, its preview view and the component creation live with the canvas.
 
 #include "psd/PsdDocument.h"
+#include "psd/ValueObservers.h"
 
 #include <QImage>
 #include <QPointF>
@@ -25,7 +26,17 @@ public:
     QPointF origin() const { return origin_; }      // lower-left corner, in the importer's coordinates
     double opacity() const { return opacity_; }     // 0..1
     bool visible() const { return visible_; }       // whether the layer takes part in the import
-    void setVisible(bool visible) { visible_ = visible; }
+    // Tells the visibility observers when the value actually changes.
+    void setVisible(bool visible);
+
+    // The import sheet's preview and layer list follow the switch through
+    // these; the token removes the observer again.
+    int addVisibleObserver(ValueObservers<bool>::Callback callback)
+    {
+        return visibleObservers_.add(std::move(callback));
+    }
+    void removeVisibleObserver(int token) { visibleObservers_.remove(token); }
+    int visibleObserverCount() const { return visibleObservers_.count(); }
 
     QString description() const;
 
@@ -35,6 +46,7 @@ private:
     QPointF origin_;
     double opacity_;
     bool visible_;
+    ValueObservers<bool> visibleObservers_;
 };
 
 class PSDLayerImporter {

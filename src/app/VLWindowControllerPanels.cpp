@@ -1,0 +1,107 @@
+// The document window's layout: the canvas above the timeline's place in a
+// splitter, the inspector and the library as dock panels, and the
+// arrangement remembered between windows.
+
+#include "app/CompositionDocumentsController.h"
+#include "app/VLLibraryController.h"
+#include "app/VLWindowController.h"
+
+#include "canvas/VLZoomScrollView.h"
+#include "model/Settings.h"
+
+#include <QDockWidget>
+#include <QFileInfo>
+#include <QLabel>
+#include <QSplitter>
+#include <QVariantMap>
+
+namespace app {
+
+namespace {
+
+const QString kMainWindowState = QStringLiteral("mainWindow");
+const QString kSplitterState = QStringLiteral("splitter");
+
+// Holds the timeline's place at the height the timeline will start with;
+// the splitter gives it that height and the canvas the rest.
+class TimelinePlaceholder : public QWidget {
+public:
+    TimelinePlaceholder()
+    {
+        setObjectName(QStringLiteral("timelinePlaceholder"));
+        setMinimumHeight(60);
+        setAutoFillBackground(true);
+        setBackgroundRole(QPalette::Base);
+    }
+    QSize sizeHint() const override { return QSize(400, 160); }
+};
+
+QDockWidget* makeDock(QMainWindow* window, const QString& name, const QString& title, QWidget* content)
+{
+    auto* dock = new QDockWidget(title, window);
+    dock->setObjectName(name);
+    dock->setWidget(content);
+    return dock;
+}
+
+}  // namespace
+
+void VLWindowController::buildPanels()
+{
+    splitter_ = new QSplitter(Qt::Vertical, this);
+    splitter_->setObjectName(QStringLiteral("documentSplitter"));
+    splitter_->setChildrenCollapsible(false);
+    timelinePlaceholder_ = new TimelinePlaceholder;
+    splitter_->addWidget(scrollView_);
+    splitter_->addWidget(timelinePlaceholder_);
+    splitter_->setStretchFactor(0, 1);
+    splitter_->setStretchFactor(1, 0);
+    setCentralWidget(splitter_);
+
+    auto* inspector = new QLabel(tr("Inspector"));
+    inspector->setObjectName(QStringLiteral("inspectorPlaceholder"));
+    inspector->setAlignment(Qt::AlignCenter);
+    inspector->setEnabled(false);
+    inspector->setMinimumWidth(260);
+    inspectorDock_ = makeDock(this, QStringLiteral("inspectorDock"), tr("Inspector"), inspector);
+    addDockWidget(Qt::RightDockWidgetArea, inspectorDock_);
+
+    library_ = new VLLibraryController;
+    library_->setMinimumWidth(220);
+    libraryDock_ = makeDock(this, QStringLiteral("libraryDock"), tr("Library"), library_);
+    addDockWidget(Qt::LeftDockWidgetArea, libraryDock_);
+    connect(library_, &VLLibraryController::doubleClicked, this, &VLWindowController::doubleClickedItem);
+    resizeDocks({libraryDock_, inspectorDock_}, {260, 300}, Qt::Horizontal);
+}
+
+void VLWindowController::restoreWindowState()
+{
+    const QVariant state = model::Settings::value(model::Settings::kWindowState);
+    if (!state.isValid()) {
+        // Only the very first document window fills the screen; later ones
+        // start from the arrangement the user left.
+        setWindowState(windowState() | Qt::WindowMaximized);
+        return;
+    }
+    const QVariantMap map = state.toMap();
+    restoreState(map.value(kMainWindowState).toByteArray());
+    splitter_->restoreState(map.value(kSplitterState).toByteArray());
+}
+
+void VLWindowController::saveWindowState()
+{
+    if (!remembersWindowState_) return;
+    model::Settings::setValue(model::Settings::kWindowState,
+                              QVariantMap{{kMainWindowState, saveState()}, {kSplitterState, splitter_->saveState()}});
+}
+
+void VLWindowController::doubleClickedItem()
+{
+    if (!controller_) return;
+    // Documents are packages, folders on disk, so the extension alone tells
+    // them apart; the library lists no other folders.
+    for (const QString& path : library_->selectedPaths())
+        if (QFileInfo(path).suffix().toLower() == QLatin1String("composition")) controller_->openDocument(path, this);
+}
+
+}  // namespace app

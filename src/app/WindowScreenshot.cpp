@@ -1,0 +1,34 @@
+#include "app/WindowScreenshot.h"
+
+#include <QCoreApplication>
+#include <QElapsedTimer>
+#include <QPixmap>
+#include <QThread>
+#include <QWidget>
+#include <QWindow>
+
+namespace app {
+
+bool saveWindowScreenshot(QWidget* window, const QString& path, int timeoutMs)
+{
+    if (!window) return false;
+    window->show();
+    QElapsedTimer clock;
+    clock.start();
+    // The first resize reaches the scroll view only once the platform has
+    // mapped the window; before that the canvas has not been fitted.
+    while (!(window->windowHandle() && window->windowHandle()->isExposed()) && clock.elapsed() < timeoutMs) {
+        QCoreApplication::processEvents(QEventLoop::AllEvents, 20);
+        QThread::msleep(5);
+    }
+    // Let the layout requests and resizes posted by showing run to the end.
+    for (int round = 0; round < 5; ++round) {
+        QCoreApplication::sendPostedEvents();
+        QCoreApplication::processEvents();
+    }
+    // Rendering paints every widget afresh, so nothing depends on whether
+    // the screen has been painted yet.
+    return window->grab().save(path, "PNG");
+}
+
+}  // namespace app

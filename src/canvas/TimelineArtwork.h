@@ -1,0 +1,19 @@
+#pragma once
+// The timeline's transport and zoom buttons, drawn in code like the
+// toolbar's icons: "ZoomIn", "ZoomOut", "Start", "FrameBack", "Play",
+// "Stop", "FrameForwards", "End".
+
+#include <QIcon>
+#include <QString>
+#include <QStringList>
+
+namespace canvas {
+
+class TimelineArtwork {
+public:
+    static QStringList names();
+    // A null icon when there is no drawing of that name.
+    static QIcon timelineImageWithName(const QString& name);
+};
+
+}  // namespace canvas

@@ -1,0 +1,4 @@
+// Every test process of the application keeps its preferences to itself.
+#include "../support/SettingsSandbox.h"
+
+static auto* const sandbox = ::testing::AddGlobalTestEnvironment(new SettingsSandbox);
