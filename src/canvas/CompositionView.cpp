@@ -200,24 +200,55 @@ void CompositionView::paintEvent(QPaintEvent* event)
     rubberBand_.paint(painter);
 }
 
+// How many components from the bottom stay as they are for the rest of the
+// running move or resize: those under the lowest one it changes.
+std::size_t CompositionView::componentsStillDuringGesture(const std::vector<model::QuartzComponent*>& bottomFirst) const
+{
+    const bool changing = (gesture_.kind == GestureKind::Move || gesture_.kind == GestureKind::Resize) && gesture_.started;
+    if (!changing) return 0;
+    for (std::size_t i = 0; i < bottomFirst.size(); ++i)
+        for (const auto& moving : gesture_.components)
+            if (moving == bottomFirst[i]) return i;
+    return 0;
+}
+
 void CompositionView::renderComponents(QPainter& painter, const QRect& area)
 {
     model::Composition* c = composition();
     const double dpr = devicePixelRatioF();
-    QImage image((QSizeF(area.size()) * dpr).toSize(), QImage::Format_ARGB32_Premultiplied);
-    if (image.isNull()) return;
-    image.fill(Qt::transparent);
+    const QSize pixelSize = (QSizeF(area.size()) * dpr).toSize();
+    if (pixelSize.isEmpty()) return;
 
-    double time = c->editorTimepoint();
+    const double editorTime = c->editorTimepoint();
+    double time = editorTime;
     // Renderers that cache by time would show a stale frame on an idle
     // redraw; a time that differs by a hair every other redraw forces them on.
     if (c->playMode() == 0 && (updateIndex_++ % 2) == 0) time += 0.00001;
     const QVariantMap arguments = argumentsAtTime(time, true);
 
     const CanvasGeometry g = geometry();
-    const std::unique_ptr<runtime::RasterTarget> target = backend_->wrap(&image, g.renderTransform(area, dpr));
+    const QTransform transform = g.renderTransform(area, dpr);
     const std::vector<model::QuartzComponent*> components = c->componentsSortedByZLevel();
-    for (model::QuartzComponent* component : components) component->renderForView(this, *target, time, arguments);
+    const std::size_t still = componentsStillDuringGesture(components);
+    const std::vector<model::QuartzComponent*> below(components.begin(), components.begin() + std::ptrdiff_t(still));
+
+    QImage image;
+    std::size_t first = 0;
+    if (still > 0 && stillBelow_.area == area && stillBelow_.transform == transform &&
+        stillBelow_.time == editorTime && stillBelow_.components == below) {
+        image = stillBelow_.image;  // shared until first drawn on
+        first = still;
+    } else {
+        image = QImage(pixelSize, QImage::Format_ARGB32_Premultiplied);
+        if (image.isNull()) return;
+        image.fill(Qt::transparent);
+    }
+    const std::unique_ptr<runtime::RasterTarget> target = backend_->wrap(&image, transform);
+    for (std::size_t i = first; i < components.size(); ++i) {
+        if (i == still && still > 0 && first == 0) stillBelow_ = {image.copy(), area, transform, editorTime, below};
+        components[i]->renderForView(this, *target, time, arguments);
+    }
+    if (still == 0) stillBelow_ = {};
     for (model::QuartzComponent* component : components)
         component->renderOverlaysForView(*target, 1.0 / g.zoom());
     // Only now: the target draws in image pixels, ignoring the ratio.

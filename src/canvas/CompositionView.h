@@ -170,6 +170,7 @@ private:
     void observeComponents();
     void componentsChanged();
     void renderComponents(QPainter& painter, const QRect& area);
+    std::size_t componentsStillDuringGesture(const std::vector<model::QuartzComponent*>& bottomFirst) const;
     std::vector<Guide> guides() const;
     std::vector<model::Ruler*> rulers() const;
 
@@ -200,6 +201,17 @@ private:
     SafeAreasLayer safeAreas_;
     RubberBandLayer rubberBand_;
     Gesture gesture_;
+
+    // While components are dragged, everything under the lowest of them
+    // stands still: it is drawn once into `image` and each step of the drag
+    // starts from a copy of it instead of drawing it all again.
+    struct StillLayer {
+        QImage image;
+        QRect area;
+        QTransform transform;
+        double time = 0;
+        std::vector<model::QuartzComponent*> components;
+    } stillBelow_;
 
     // The running Photoshop import.
     std::shared_ptr<psd::PSDLayerImporter> psdImporter_;  // the sheet's views hold it weakly

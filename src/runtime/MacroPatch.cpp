@@ -118,7 +118,11 @@ OutputPort& MacroPatch::publishOutput(const QString& key, OutputPort& childPort)
 void MacroPatch::childrenChanged()
 {
     consumerCache_ = -1;
-    for (MacroPatch* m = parent(); m; m = m->parent()) m->consumerCache_ = -1;
+    contentsChanged();
+    for (MacroPatch* m = parent(); m; m = m->parent()) {
+        m->consumerCache_ = -1;
+        m->contentsChanged();
+    }
 }
 
 }  // namespace runtime

@@ -39,6 +39,11 @@ public:
     // Forget the cached execution mode after the children changed.
     void childrenChanged();
 
+protected:
+    // Called on this macro and each one around it when children come or go
+    // anywhere below, for what a subclass works out from its contents.
+    virtual void contentsChanged() {}
+
 private:
     std::vector<std::unique_ptr<Patch>> children_;
     QHash<QString, Patch*> byKey_;  // large macros: lookups must not be linear

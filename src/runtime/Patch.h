@@ -91,6 +91,9 @@ public:
 
     virtual ExecutionMode executionMode() const { return ExecutionMode::Processor; }
     virtual TimeMode timeMode() const { return TimeMode::None; }
+    // An Idle patch whose result follows from the size of the image being
+    // drawn alone, so a Render In Image of a fixed size may keep its picture.
+    virtual bool readsOnlyTheDestinationSize() const { return false; }
     // Runs one evaluation. Inputs have been pulled; `time` is the patch time.
     virtual void execute(ExecutionContext& context, double time) = 0;
     virtual MacroPatch* asMacro() { return nullptr; }

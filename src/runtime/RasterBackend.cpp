@@ -131,7 +131,11 @@ RasterTarget::RasterTarget(QImage* external, DerivedImageCache* cache, const QTr
 
 void RasterTarget::clear(const Color& color)
 {
-    pixels().fill(toQColor(color));
+    QImage& target = pixels();
+    // A picture of the last frame may still be held downstream: filling a
+    // shared image would first copy every pixel only to overwrite them.
+    if (!external_ && !target.isDetached()) target = QImage(target.size(), target.format());
+    target.fill(toQColor(color));
 }
 
 QImage RasterTarget::sourcePixels(const QuadDraw& quad, qint64* key)

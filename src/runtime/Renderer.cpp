@@ -82,7 +82,7 @@ Value Renderer::outputPortValue(const QString& key) const
 
 void Renderer::render(double time, const QVariantMap& arguments)
 {
-    auto target = backend_->wrap(&image_);
+    auto target = backend_->wrap(&ownImage());
     renderInto(time, *target, arguments);
 }
 
@@ -109,18 +109,30 @@ void Renderer::renderInto(double time, RenderTarget& target, const QVariantMap& 
 
 QSize Renderer::size() const
 {
-    return image_.size();
+    return size_;
 }
 
 void Renderer::setSize(QSize size)
 {
-    image_ = QImage(size.expandedTo(QSize(1, 1)), QImage::Format_ARGB32_Premultiplied);
-    image_.fill(Qt::transparent);
+    size_ = size.expandedTo(QSize(1, 1));
+    image_ = QImage();
+}
+
+// Made on first use: a renderer that only ever draws into its caller's
+// target (each component on the canvas) never needs an image of its own, and
+// at 4K that image would be 32 MB a component.
+QImage& Renderer::ownImage() const
+{
+    if (image_.isNull()) {
+        image_ = QImage(size_, QImage::Format_ARGB32_Premultiplied);
+        image_.fill(Qt::transparent);
+    }
+    return image_;
 }
 
 QImage Renderer::snapshot() const
 {
-    return image_;
+    return ownImage();
 }
 
 QVariantMap& Renderer::userInfo()

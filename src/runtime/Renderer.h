@@ -97,7 +97,10 @@ private:
     std::unique_ptr<RasterBackend> backend_;
     std::unique_ptr<ExecutionContext> context_;
     std::unique_ptr<MacroPatch> root_;
-    QImage image_;
+    QImage& ownImage() const;
+
+    QSize size_;
+    mutable QImage image_;
 };
 
 }  // namespace runtime

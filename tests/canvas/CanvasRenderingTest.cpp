@@ -95,3 +95,26 @@ TEST_F(CanvasRenderingTest, AComponentOutsideItsTimeSpanIsNotDrawn)
     composition->setEditorTimepoint(3);
     EXPECT_TRUE(isRed(picture().pixelColor(at(350, 225))));
 }
+
+TEST_F(CanvasRenderingTest, ADraggedComponentLeavesNoTrailOverThoseKeptStillUnderIt)
+{
+    // The components under a drag are drawn once and reused for every step.
+    addImage(100, 100)->setSelected(false);
+    model::QuartzComponent* top = addImage(400, 100);
+    top->setSelected(false);
+    startCounting();
+    press(QPointF(450, 125));
+    dragTo(QPointF(450, 325));
+    QImage image = picture();
+    EXPECT_TRUE(isRed(image.pixelColor(at(450, 325))));
+    EXPECT_EQ(image.pixelColor(at(450, 125)), QColor(Qt::black));
+    EXPECT_TRUE(isRed(image.pixelColor(at(150, 125)))) << "the component under the drag";
+
+    dragTo(QPointF(450, 425));
+    image = picture();
+    EXPECT_TRUE(isRed(image.pixelColor(at(450, 425))));
+    EXPECT_EQ(image.pixelColor(at(450, 325)), QColor(Qt::black)) << "no trail of the last step";
+    EXPECT_TRUE(isRed(image.pixelColor(at(150, 125))));
+    release(QPointF(450, 425));
+    EXPECT_DOUBLE_EQ(top->originY(), 400);
+}

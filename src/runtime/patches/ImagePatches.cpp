@@ -62,6 +62,7 @@ public:
     }
     // Unit sizes follow the destination's width, which is not a port.
     TimeMode timeMode() const override { return TimeMode::Idle; }
+    bool readsOnlyTheDestinationSize() const override { return true; }
     void execute(ExecutionContext& context, double) override
     {
         const QSize size = image_->value.toImage().pixelSize();
@@ -96,6 +97,7 @@ public:
         resolution_ = &addOutput(QStringLiteral("outputResolution"), PortType::Number);
     }
     TimeMode timeMode() const override { return TimeMode::Idle; }
+    bool readsOnlyTheDestinationSize() const override { return true; }
     void execute(ExecutionContext& context, double) override
     {
         const QSize size = context.target() ? context.target()->pixelSize() : QSize(640, 480);

@@ -40,14 +40,54 @@ void RenderInImagePatch::execute(ExecutionContext& context, double)
     size = size.boundedTo(QSize(kMaxImageSide, kMaxImageSide));
     const double area = double(size.width()) * size.height();
     if (area > kMaxImagePixels) size *= std::sqrt(kMaxImagePixels / area);
-    std::unique_ptr<RenderTarget> target = context.backend().makeTarget(size);
-    RenderTarget* previous = context.setTarget(target.get());
+    // Nothing inside depends on time or the outside world and no input
+    // changed: last frame's picture is this frame's too. The canvas draws
+    // every component each repaint, and most of them stand still.
+    if (target_ && target_->pixelSize() == size && !inputsChanged() && contentIsStatic()) return;
+
+    // The target is kept from frame to frame: a fresh one each frame costs an
+    // allocation and the page faults of touching it, per component on the
+    // canvas. Letting go of last frame's picture first means clearing it
+    // does not copy it.
+    setOutput(*image_, Value());
+    if (!target_ || target_->pixelSize() != size)
+        target_ = context.backend().makeTarget(size);
+    else
+        target_->clear(Color{0, 0, 0, 0});
+    RenderTarget* target = target_.get();
+    RenderTarget* previous = context.setTarget(target);
     const QMatrix4x4 savedTransform = context.modelView();
     context.modelView().setToIdentity();
     context.renderConsumers(*this);
     context.modelView() = savedTransform;
     context.setTarget(previous);
     setOutput(*image_, target->snapshot());
+}
+
+namespace {
+
+// Whether what the children draw follows from the macro's inputs alone.
+bool dependsOnInputsAlone(const MacroPatch& macro)
+{
+    for (const auto& child : macro.children()) {
+        if (child->timebase() != Timebase::Parent) return false;
+        const auto* nested = dynamic_cast<const MacroPatch*>(child.get());
+        // A nested image renderer runs every frame by its nature, not because
+        // of what it holds: look inside it instead.
+        const bool imageRenderer = dynamic_cast<const RenderInImagePatch*>(child.get()) != nullptr;
+        if (!imageRenderer && !child->readsOnlyTheDestinationSize() && child->timeMode() != TimeMode::None)
+            return false;
+        if (nested && !dependsOnInputsAlone(*nested)) return false;
+    }
+    return true;
+}
+
+}  // namespace
+
+bool RenderInImagePatch::contentIsStatic()
+{
+    if (!contentIsStatic_) contentIsStatic_ = dependsOnInputsAlone(*this);
+    return *contentIsStatic_;
 }
 
 IteratorPatch::IteratorPatch(const PatchSetup& setup) : MacroPatch(setup)

@@ -1,6 +1,10 @@
 #pragma once
 
+#include "runtime/Backend.h"
 #include "runtime/MacroPatch.h"
+
+#include <memory>
+#include <optional>
 
 namespace runtime {
 
@@ -19,6 +23,15 @@ private:
     InputPort* height_;
     InputPort* render_;
     OutputPort* image_;
+    std::unique_ptr<RenderTarget> target_;
+
+    bool contentIsStatic();
+    void contentsChanged() override
+    {
+        contentIsStatic_.reset();
+        target_.reset();  // draws afresh next time
+    }
+    std::optional<bool> contentIsStatic_;  // worked out on first use
 };
 
 // Renders its children inputCount times; Iterator Variables inside read

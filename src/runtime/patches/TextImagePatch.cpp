@@ -56,6 +56,7 @@ public:
     // The picture depends on the destination's width in unit mode, which
     // is not a port: check it every evaluation (cheap when nothing moved).
     TimeMode timeMode() const override { return TimeMode::Idle; }
+    bool readsOnlyTheDestinationSize() const override { return true; }
 
     void execute(ExecutionContext& context, double) override
     {
