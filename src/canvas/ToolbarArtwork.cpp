@@ -18,6 +18,20 @@ using Drawing = ArtworkDrawing;
 
 void bar(QPainter& p, const QRectF& r, const QColor& c) { p.fillRect(r, c); }
 
+// A framed picture of hills under a sun, for the image and poster-frame icons.
+void landscape(QPainter& p, const Ink& i, const QRectF& frame, double corner, const QPolygonF& hills,
+               const QPointF& sun, double sunRadius, const QColor& sunColour)
+{
+    p.setPen(QPen(i.line, 1.5));
+    p.setBrush(Qt::NoBrush);
+    p.drawRoundedRect(frame, corner, corner);
+    p.setPen(Qt::NoPen);
+    p.setBrush(i.accent);
+    p.drawPolygon(hills);
+    p.setBrush(sunColour);
+    p.drawEllipse(sun, sunRadius, sunRadius);
+}
+
 void alignDrawing(QPainter& p, const Ink& ink, bool horizontal, int where)
 {
     // Two bars of different length lined up on a guide at start, middle or end.
@@ -100,21 +114,9 @@ const std::map<QString, Drawing>& drawings()
          }},
         {QStringLiteral("PosterFrame"),
          [](QPainter& p, const Ink& i) {
-             p.setPen(QPen(i.line, 1.5));
-             p.setBrush(Qt::NoBrush);
-             p.drawRect(QRectF(3.5, 5.5, 17, 13));
-             QPainterPath hill;
-             hill.moveTo(5, 17);
-             hill.lineTo(10, 11);
-             hill.lineTo(13, 14);
-             hill.lineTo(15, 12);
-             hill.lineTo(19, 17);
-             hill.closeSubpath();
-             p.setPen(Qt::NoPen);
-             p.setBrush(i.accent);
-             p.drawPath(hill);
-             p.setBrush(i.fill);
-             p.drawEllipse(QPointF(16, 9), 1.6, 1.6);
+             landscape(p, i, QRectF(3.5, 5.5, 17, 13), 0,
+                       QPolygonF({QPointF(5, 17), QPointF(10, 11), QPointF(13, 14), QPointF(15, 12), QPointF(19, 17)}),
+                       QPointF(16, 9), 1.6, i.fill);
          }},
         {QStringLiteral("Preview"),
          [](QPainter& p, const Ink& i) {
@@ -149,21 +151,9 @@ const std::map<QString, Drawing>& drawings()
          }},
         {QStringLiteral("Image"),
          [](QPainter& p, const Ink& i) {
-             p.setPen(QPen(i.line, 1.5));
-             p.setBrush(Qt::NoBrush);
-             p.drawRoundedRect(QRectF(3.5, 4.5, 17, 15), 1.5, 1.5);
-             QPainterPath hill;
-             hill.moveTo(5, 18);
-             hill.lineTo(10, 11);
-             hill.lineTo(14, 15);
-             hill.lineTo(16, 13);
-             hill.lineTo(19, 18);
-             hill.closeSubpath();
-             p.setPen(Qt::NoPen);
-             p.setBrush(i.accent);
-             p.drawPath(hill);
-             p.setBrush(QColor(240, 200, 80));
-             p.drawEllipse(QPointF(15.5, 8.5), 1.8, 1.8);
+             landscape(p, i, QRectF(3.5, 4.5, 17, 15), 1.5,
+                       QPolygonF({QPointF(5, 18), QPointF(10, 11), QPointF(14, 15), QPointF(16, 13), QPointF(19, 18)}),
+                       QPointF(15.5, 8.5), 1.8, QColor(240, 200, 80));
          }},
         {QStringLiteral("Box"),
          [](QPainter& p, const Ink& i) {
