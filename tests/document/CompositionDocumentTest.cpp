@@ -185,6 +185,23 @@ TEST_F(CompositionDocumentTest, AReadOnlyFolderFailsTheSaveAndKeepsTheModel)
     QFile::setPermissions(locked, QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
 }
 
+TEST_F(CompositionDocumentTest, ASaveWhereNoPackageCanBeMadeFailsAndKeepsTheModel)
+{
+    // A file where the package's folder should be: fails for every user,
+    // unlike a read-only folder, which root may write to anyway.
+    QFile blocker(dir.filePath(QStringLiteral("blocker")));
+    ASSERT_TRUE(blocker.open(QIODevice::WriteOnly));
+    blocker.close();
+    ASSERT_TRUE(document->saveAs(package(), nullptr));
+    composition().setDuration(7);
+    QString error;
+    EXPECT_FALSE(document->saveAs(dir.filePath(QStringLiteral("blocker/T.composition")), &error));
+    EXPECT_FALSE(error.isEmpty());
+    EXPECT_EQ(document->fileURL(), package()) << "still the document it was";
+    EXPECT_EQ(composition().duration(), 7);
+    EXPECT_TRUE(document->save(nullptr)) << "and it can still be saved where it lives";
+}
+
 TEST_F(CompositionDocumentTest, ThePosterFrameIsReachedThroughStopFrames)
 {
     // The box appears at 2 s; a stop frame at 1 s holds the template until
