@@ -2,6 +2,7 @@
 // attribute values.
 
 #include "model/Composition.h"
+#include "model/LoadedCompositions.h"
 #include "model/QuartzComponent.h"
 #include "plist/PropertyList.h"
 #include "runtime/Renderer.h"
@@ -32,7 +33,7 @@ bool QuartzComponent::initializeQuartzComposition()
     const QByteArray data = quartzCompositionData();
     const QString directory = QFileInfo(compositionFilename()).absolutePath();
     if (!data.isEmpty()) {
-        loaded = runtime::Composition::loadData(data, &error, directory);
+        loaded = loadSharedComposition(data, directory, &error);
     } else if (compositionFilename().isEmpty()) {
         return false;  // nothing to load
     } else {
@@ -42,7 +43,7 @@ bool QuartzComponent::initializeQuartzComposition()
             return false;
         }
         const QByteArray bytes = file.readAll();
-        loaded = runtime::Composition::loadData(bytes, &error, directory);
+        loaded = loadSharedComposition(bytes, directory, &error);
         if (loaded) setPrimitiveValue(QStringLiteral("quartzCompositionData"), bytes);
     }
     if (!loaded) {
