@@ -72,13 +72,13 @@ std::unique_ptr<QMimeData> ComponentClipboard::mimeDataForSelection(const model:
     QList<QVariantMap> dictionaries;
     for (const model::QuartzComponent* c : composition.selectedComponents()) dictionaries.append(c->dictionaryWithData());
     auto data = std::make_unique<QMimeData>();
-    data->setData(ComponentPBoardType, ComponentArchive::archive(dictionaries));
+    data->setData(ComponentMimeType, ComponentArchive::archive(dictionaries));
     return data;
 }
 
 bool ComponentClipboard::pasteboardIsValid(const QMimeData& data)
 {
-    return data.hasFormat(ComponentPBoardType) || offersImage(data) || offersText(data);
+    return data.hasFormat(ComponentMimeType) || offersImage(data) || offersText(data);
 }
 
 std::vector<model::QuartzComponent*> ComponentClipboard::paste(model::Composition& composition, const QMimeData& data)
@@ -86,10 +86,10 @@ std::vector<model::QuartzComponent*> ComponentClipboard::paste(model::Compositio
     std::vector<model::QuartzComponent*> added;
     if (!pasteboardIsValid(data)) return added;
     model::UndoGroup group(composition.store()->undoManager(), QStringLiteral("Paste"));
-    if (data.hasFormat(ComponentPBoardType)) {
+    if (data.hasFormat(ComponentMimeType)) {
         QList<QVariantMap> dictionaries;
         QString error;
-        if (!ComponentArchive::unarchive(data.data(ComponentPBoardType), dictionaries, &error)) {
+        if (!ComponentArchive::unarchive(data.data(ComponentMimeType), dictionaries, &error)) {
             qCWarning(lcClipboard).noquote() << QStringLiteral("Cannot paste components: %1").arg(error);
             return added;
         }

@@ -23,8 +23,10 @@ class QuartzComponent;
 namespace document {
 
 // The clipboard format of components: an archive of component dictionaries
-// (see ComponentArchive), readable by every document of the program.
-inline const QString ComponentPBoardType = QStringLiteral("ComponentPBoardType");
+// (see ComponentArchive), the "ComponentPBoardType" data, readable by every
+// document of the program. It travels under a MIME type of its own, as the
+// desktop's clipboard expects.
+inline const QString ComponentMimeType = QStringLiteral("application/x-velloran-component");
 
 class ComponentClipboard {
 public:

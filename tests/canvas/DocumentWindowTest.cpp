@@ -11,6 +11,9 @@
 #include "model/StandardComponents.h"
 
 #include <QAction>
+#include <QClipboard>
+#include <QGuiApplication>
+#include <QMimeData>
 #include <QDir>
 #include <QFileInfo>
 #include <QMessageBox>
@@ -119,6 +122,32 @@ TEST_F(DocumentWindowTest, EditMenuUndoesAndNamesTheLastStep)
     undo->trigger();
     ASSERT_EQ(composition()->componentArray().size(), 1u);
     EXPECT_EQ(composition()->componentArray().front()->originX(), x);
+}
+
+TEST_F(DocumentWindowTest, CopyAndPasteGoThroughTheDesktopClipboardBetweenWindows)
+{
+    model::QuartzComponent* box =
+        composition()->addComponenWithQuartzCompositionFile(model::StandardComponents::pathForComponent(QStringLiteral("Box")));
+    ASSERT_TRUE(box);
+    box->setTitle(QStringLiteral("Logo"));
+    QCoreApplication::processEvents();
+    window->action(QStringLiteral("copy"))->trigger();
+    const QMimeData* offered = QGuiApplication::clipboard()->mimeData();
+    ASSERT_TRUE(offered);
+    EXPECT_TRUE(offered->hasFormat(QStringLiteral("application/x-velloran-component")));
+
+    VLWindowController* other = controller.newDocument();
+    ASSERT_TRUE(other);
+    other->setCloseQuestion([](VLWindowController&) { return VLWindowController::CloseAnswer::DontSave; });
+    QAction* paste = other->action(QStringLiteral("paste"));
+    ASSERT_TRUE(paste->isEnabled());
+    paste->trigger();
+    model::Composition* target = other->document()->composition();
+    ASSERT_EQ(target->componentArray().size(), 1u);
+    EXPECT_EQ(target->componentArray().front()->title(), QStringLiteral("Logo"));
+    other->action(QStringLiteral("undo"))->trigger();
+    EXPECT_TRUE(target->componentArray().empty()) << "a paste is one undo step";
+    other->close();
 }
 
 TEST_F(DocumentWindowTest, ViewMenuSetsZoomAndOverlays)

@@ -65,9 +65,9 @@ TEST_F(ComponentClipboardTest, CopyOffersTheSelectionInOneFormatAndNeedsASelecti
     select({c, a});
     const std::unique_ptr<QMimeData> data = ComponentClipboard::mimeDataForSelection(*composition);
     ASSERT_TRUE(data);
-    EXPECT_EQ(data->formats(), QStringList{QStringLiteral("ComponentPBoardType")});
+    EXPECT_EQ(data->formats(), QStringList{QStringLiteral("application/x-velloran-component")});
     QList<QVariantMap> dictionaries;
-    ASSERT_TRUE(document::ComponentArchive::unarchive(data->data(document::ComponentPBoardType), dictionaries));
+    ASSERT_TRUE(document::ComponentArchive::unarchive(data->data(document::ComponentMimeType), dictionaries));
     QList<QVariantMap> expected;
     for (const QuartzComponent* x : composition->selectedComponents()) expected.append(x->dictionaryWithData());
     EXPECT_EQ(dictionaries, expected) << "every selected component, in selection order";
@@ -137,7 +137,7 @@ TEST_F(ComponentClipboardTest, ValidPasteboardsOfferComponentsImagesOrPlainText)
     EXPECT_FALSE(ComponentClipboard::pasteboardIsValid(empty));
 
     QMimeData components;
-    components.setData(document::ComponentPBoardType, document::ComponentArchive::archive({}));
+    components.setData(document::ComponentMimeType, document::ComponentArchive::archive({}));
     EXPECT_TRUE(ComponentClipboard::pasteboardIsValid(components));
 
     QMimeData tiff;
@@ -208,7 +208,7 @@ TEST_F(ComponentClipboardTest, ComponentsWinOverOtherFormsAndBrokenDataAddsNothi
     EXPECT_EQ(titles(ComponentClipboard::paste(*composition, *data)), QStringList{"A"});
 
     QMimeData broken;
-    broken.setData(document::ComponentPBoardType, "not an archive");
+    broken.setData(document::ComponentMimeType, "not an archive");
     broken.setText(QStringLiteral("fallback"));
     startCounting();
     EXPECT_TRUE(ComponentClipboard::paste(*composition, broken).empty());
