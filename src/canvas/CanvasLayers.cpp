@@ -39,10 +39,14 @@ void DrawingAreaLayer::paint(QPainter& painter, const CanvasGeometry& geometry, 
     const QRectF area = geometry.drawingAreaRect();
     painter.save();
     // A soft shadow down and to the right lifts the page off the backdrop.
+    // Only its strips beside the page are drawn: the page covers the rest,
+    // and blending the whole page area three times costs more than the page.
     painter.setPen(Qt::NoPen);
     for (int i = 3; i >= 1; --i) {
+        const QRectF shadow = area.translated(i, i).adjusted(-1, -1, 1, 1);
         painter.setBrush(QColor(0, 0, 0, 40 + 20 * (3 - i)));
-        painter.drawRect(area.translated(i, i).adjusted(-1, -1, 1, 1));
+        painter.drawRect(QRectF(area.right(), shadow.top(), shadow.right() - area.right(), shadow.height()));
+        painter.drawRect(QRectF(shadow.left(), area.bottom(), area.right() - shadow.left(), shadow.bottom() - area.bottom()));
     }
 
     int mode = composition.backgroundMode();
@@ -56,8 +60,14 @@ void DrawingAreaLayer::paint(QPainter& painter, const CanvasGeometry& geometry, 
         painter.drawImage(area, composition.backgroundImage());
     } else {
         const QSize size = composition.size().toSize();
-        if (chessboard_.size() != size) chessboard_ = chessBoardPatternForWidth(size.width(), size.height());
-        painter.drawImage(area, chessboard_);
+        if (chessboard_.size() != size) {
+            chessboard_ = chessBoardPatternForWidth(size.width(), size.height());
+            shownChessboard_ = QImage();
+        }
+        // Scaled once per zoom rather than on every repaint.
+        const QSize shown = (area.size() * painter.device()->devicePixelRatioF()).toSize();
+        if (shownChessboard_.size() != shown) shownChessboard_ = chessboard_.scaled(shown);
+        painter.drawImage(area, shownChessboard_);
     }
     painter.setPen(QPen(QColor(128, 128, 128, 128), 1));
     painter.setBrush(Qt::NoBrush);

@@ -36,7 +36,8 @@ public:
 
 private:
     int lastMode_ = 0;
-    QImage chessboard_;
+    QImage chessboard_;       // at the composition's size
+    QImage shownChessboard_;  // scaled to the drawing area on screen
 };
 
 class SafeAreasLayer {
