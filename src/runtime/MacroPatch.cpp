@@ -117,12 +117,13 @@ OutputPort& MacroPatch::publishOutput(const QString& key, OutputPort& childPort)
 
 void MacroPatch::childrenChanged()
 {
-    consumerCache_ = -1;
-    contentsChanged();
-    for (MacroPatch* m = parent(); m; m = m->parent()) {
-        m->consumerCache_ = -1;
-        m->contentsChanged();
-    }
+    for (MacroPatch* m = this; m; m = m->parent()) m->consumerCache_ = -1;
+    contentsChangedBelow();
+}
+
+void MacroPatch::contentsChangedBelow()
+{
+    for (MacroPatch* m = this; m; m = m->parent()) m->contentsChanged();
 }
 
 }  // namespace runtime

@@ -38,6 +38,10 @@ public:
 
     // Forget the cached execution mode after the children changed.
     void childrenChanged();
+    // Something below this macro changed outside the flow of values along
+    // connections (children added or removed, a value set directly on an
+    // inner port): this macro and those around it hear of it.
+    void contentsChangedBelow();
 
 protected:
     // Called on this macro and each one around it when children come or go

@@ -260,6 +260,8 @@ bool Renderer::setNodeInputValue(const QString& nodePath, const QString& port, c
     InputPort* in = node ? node->input(port) : nullptr;
     if (!in) return false;
     in->setValue(Value::fromVariant(value));
+    // A Render In Image around the node would otherwise keep its picture.
+    if (MacroPatch* parent = node->parent()) parent->contentsChangedBelow();
     return true;
 }
 

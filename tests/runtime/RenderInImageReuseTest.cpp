@@ -51,6 +51,17 @@ TEST(RenderInImageReuse, StillContentsDrawAgainOnlyWhenAnInputChanges)
     EXPECT_EQ(first.pixel(8, 8), qRgba(255, 0, 0, 255)) << "a picture handed out earlier is never drawn over";
 }
 
+TEST(RenderInImageReuse, AValueSetDirectlyInsideDrawsAgain)
+{
+    // Not through the image's own inputs, so only the renderer can tell it.
+    auto renderer = spriteInImage(false);
+    const QImage red = pictureAt(*renderer, 0);
+    ASSERT_TRUE(renderer->setNodeInputValue("RenderInImage_1/Sprite_1", "inputWidth", 0.0));
+    const QImage none = pictureAt(*renderer, 0);
+    EXPECT_NE(none.cacheKey(), red.cacheKey());
+    EXPECT_EQ(qAlpha(none.pixel(8, 8)), 0) << "the sprite has no width now";
+}
+
 TEST(RenderInImageReuse, TimeDrivenContentsDrawEveryFrame)
 {
     auto renderer = spriteInImage(true);

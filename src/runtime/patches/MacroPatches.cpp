@@ -43,7 +43,8 @@ void RenderInImagePatch::execute(ExecutionContext& context, double)
     // Nothing inside depends on time or the outside world and no input
     // changed: last frame's picture is this frame's too. The canvas draws
     // every component each repaint, and most of them stand still.
-    if (target_ && target_->pixelSize() == size && !inputsChanged() && contentIsStatic()) return;
+    if (!redraw_ && target_ && target_->pixelSize() == size && !inputsChanged() && contentIsStatic()) return;
+    redraw_ = false;
 
     // The target is kept from frame to frame: a fresh one each frame costs an
     // allocation and the page faults of touching it, per component on the

@@ -29,9 +29,10 @@ private:
     void contentsChanged() override
     {
         contentIsStatic_.reset();
-        target_.reset();  // draws afresh next time
+        redraw_ = true;
     }
     std::optional<bool> contentIsStatic_;  // worked out on first use
+    bool redraw_ = true;  // whatever the inputs say
 };
 
 // Renders its children inputCount times; Iterator Variables inside read
