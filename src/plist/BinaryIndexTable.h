@@ -6,7 +6,7 @@
 // the writer's time. Private to the plist module.
 
 #include <cstdint>
-#include <functional>
+#include <cstring>
 #include <string_view>
 #include <vector>
 
@@ -24,9 +24,35 @@ inline std::uint64_t mixBits(std::uint64_t x)
     return x;
 }
 
+// Eight bytes at a time: most texts here are short keys and names, for which
+// a general-purpose byte hash costs more than the lookup it serves.
 inline std::uint64_t hashText(std::string_view text)
 {
-    return mixBits(std::hash<std::string_view>{}(text));
+    const char* p = text.data();
+    std::size_t n = text.size();
+    std::uint64_t h = 0x9E3779B97F4A7C15ull ^ n;
+    for (; n >= 8; p += 8, n -= 8) {
+        std::uint64_t word;
+        std::memcpy(&word, p, 8);
+        h = (h ^ word) * 0xBF58476D1CE4E5B9ull;
+        h ^= h >> 29;
+    }
+    if (n) {
+        std::uint64_t word = 0;
+        std::memcpy(&word, p, n);
+        h = (h ^ word) * 0x94D049BB133111EBull;
+    }
+    return mixBits(h);
+}
+
+// Equal texts are often one text: keys read from a file share theirs.
+inline bool sameKey(std::string_view a, std::string_view b)
+{
+    return a.size() == b.size() && (a.data() == b.data() || std::memcmp(a.data(), b.data(), a.size()) == 0);
+}
+template <class Key> bool sameKey(const Key& a, const Key& b)
+{
+    return a == b;
 }
 
 template <class Key> class IndexTable {
@@ -47,7 +73,7 @@ public:
                 ++count_;
                 return slot.index;
             }
-            if (slot.hash == hash && slot.key == key) return slot.index;
+            if (slot.hash == hash && sameKey(slot.key, key)) return slot.index;
         }
     }
 

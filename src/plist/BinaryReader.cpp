@@ -133,6 +133,17 @@ private:
     [[noreturn]] void badReference(std::uint64_t ref, std::uint64_t refAt) const;
     [[noreturn]] void badOffset(std::uint64_t ref, std::uint64_t entryAt, std::uint64_t at) const;
     std::uint64_t readRef(std::uint64_t at) const { return readBigEndian(bytes_ + at, refSize_); }
+    // A container's children lie all over the file: asking for their table
+    // entries and state at once lets the waits for memory overlap.
+    void prefetchObjects(std::uint64_t refAt, std::uint64_t count) const
+    {
+        for (std::uint64_t i = 0; i < count; ++i, refAt += refSize_) {
+            const std::uint64_t ref = readRef(refAt);
+            if (ref >= objectCount_) continue;
+            __builtin_prefetch(bytes_ + tableOffset_ + ref * offsetSize_);
+            __builtin_prefetch(&state_[ref]);
+        }
+    }
     enum class SpanProblem { None, CountTruncated, CountNotInteger, CountTooWide, TooLarge };
     SpanProblem measure(std::uint64_t at, unsigned char marker, std::uint64_t elementSize, Span& s) const;
     Span span(std::uint64_t at, unsigned char marker, std::uint64_t elementSize) const;
@@ -445,6 +456,7 @@ Value BinaryReader::array(std::uint64_t ref, std::uint64_t at, unsigned char mar
     state_[ref] |= kInProgress;
     Array items;
     items.reserve(s.count);
+    prefetchObjects(s.start, s.count);
     int childHeight = 0;
     std::uint64_t refAt = s.start;
     for (std::uint64_t i = 0; i < s.count; ++i, refAt += refSize_) {
@@ -464,6 +476,7 @@ Value BinaryReader::dictionary(std::uint64_t ref, std::uint64_t at, unsigned cha
     if (s.count > UINT32_MAX) fail(at, "dictionary count " + std::to_string(s.count) + " is too large");
     state_[ref] |= kInProgress;
     DictionaryBuilder entries(s.count);
+    prefetchObjects(s.start, 2 * s.count);
     int childHeight = 0;
     std::uint64_t keyAt = s.start;
     std::uint64_t valueAt = s.start + s.count * refSize_;

@@ -98,6 +98,7 @@ class BinaryWriter {
 public:
     std::string write(const Value& root)
     {
+        std::fill(std::begin(smallIntegers_), std::end(smallIntegers_), kNone);
         int height = 0;
         add(root, 0, height);
         refSize_ = bytesNeeded(objects_.size() - 1);
@@ -116,25 +117,47 @@ private:
         const Value* value;       // null for a dictionary key
         const std::string* text;  // the text of a string or key
         std::uint32_t firstRef;   // containers: index of their first reference in refs_
+        std::uint32_t count;      // containers: their element count
         int height;               // containers: levels of containers inside
+        bool isArray;             // containers: array rather than dictionary
         bool open;                // a container whose children are being added
+
+        bool isContainer() const { return height > 0; }  // a finished container counts itself
     };
 
     std::uint32_t push(const Value* value, const std::string* text)
     {
         if (objects_.size() >= UINT32_MAX) fail("too many objects for one property list");
-        objects_.push_back(Object{value, text, 0, 0, false});
+        objects_.push_back(Object{value, text, 0, 0, 0, false, false});
         return static_cast<std::uint32_t>(objects_.size() - 1);
     }
 
     std::uint32_t addString(const std::string& text, const Value* value)
     {
-        std::uint32_t& index = strings_.findOrAdd(text, hashText(text));
+        // A few dozen key and class names make up most of the strings of a
+        // composition; a small cache of recent ones stays in the processor's
+        // cache where the table, holding every distinct string, does not.
+        const std::uint64_t hash = hashText(text);
+        RecentText& recent = recentTexts_[hash & (kRecentTexts - 1)];
+        if (recent.index != kNone && recent.hash == hash && sameKey(recent.text, text)) return recent.index;
+        std::uint32_t& index = strings_.findOrAdd(text, hash);
         if (index == strings_.kEmpty) {
             index = push(value, &text);
             estimate_ += 8 + text.size();
         }
+        recent = RecentText{hash, text, index};
         return index;
+    }
+
+    // Booleans and small counts fill most of a composition's ports; they skip
+    // the table.
+    std::uint32_t addSmallScalar(const Value& value, std::uint32_t& known)
+    {
+        if (known == kNone) {
+            known = push(&value, nullptr);
+            estimate_ += 2;
+        }
+        return known;
     }
 
     std::uint32_t addScalar(const Value& value, ScalarKey key)
@@ -152,8 +175,10 @@ private:
         height = 0;
         switch (value.type()) {
         case Type::Null: fail("null cannot be written in a binary property list");
-        case Type::Boolean: return addScalar(value, {value.toBool() ? 1u : 0u, kBool});
+        case Type::Boolean: return addSmallScalar(value, booleans_[value.toBool() ? 1 : 0]);
         case Type::Integer:
+            if (!value.isUnsignedInteger() && value.toInt() >= 0 && value.toInt() < kSmallIntegers)
+                return addSmallScalar(value, smallIntegers_[value.toInt()]);
             return addScalar(value, {value.toUnsigned(), static_cast<unsigned char>(value.isUnsignedInteger() ? kUnsigned : kSigned)});
         case Type::Real:
             return addScalar(value, {bitsOf(value.toDouble()), static_cast<unsigned char>(value.isSinglePrecision() ? kSingle : kDouble)});
@@ -177,37 +202,52 @@ private:
 
     std::uint32_t addContainer(const Value& value, int depth, int& height)
     {
-        const void* identity = value.payloadIdentity();
-        std::uint32_t& known = containers_.findOrAdd(identity, mixBits(reinterpret_cast<std::uintptr_t>(identity)));
-        if (known != containers_.kEmpty) {
-            const Object& seen = objects_[known];
-            if (seen.open) fail("a container contains itself");
-            height = seen.height;
-            if (depth + height > kMaxNestingDepth) fail(nestingError());
-            return known;
+        // A payload with one owner appears nowhere else in the tree (nor can
+        // it contain itself), so only shared ones are looked up.
+        std::uint32_t* known = nullptr;
+        if (!value.payloadHasOneOwner()) {
+            const void* identity = value.payloadIdentity();
+            known = &containers_.findOrAdd(identity, mixBits(reinterpret_cast<std::uintptr_t>(identity)));
+            if (*known != containers_.kEmpty) {
+                const Object& seen = objects_[*known];
+                if (seen.open) fail("a container contains itself");
+                height = seen.height;
+                if (depth + height > kMaxNestingDepth) fail(nestingError());
+                return *known;
+            }
         }
         if (depth >= kMaxNestingDepth) fail(nestingError());
         const std::uint32_t index = push(&value, nullptr);
-        known = index;
+        if (known) *known = index;  // before the children, which may grow the table
         objects_[index].open = true;
 
         const bool isArray = value.isArray();
-        const std::size_t refCount = isArray ? value.array().size() : 2 * value.dictionary().size();
+        const std::size_t count = isArray ? value.array().size() : value.dictionary().size();
+        const std::size_t refCount = isArray ? count : 2 * count;
         const std::size_t firstRef = refs_.size();
         if (firstRef + refCount > UINT32_MAX) fail("too many references for one property list");
         objects_[index].firstRef = static_cast<std::uint32_t>(firstRef);
+        objects_[index].count = static_cast<std::uint32_t>(count);
+        objects_[index].isArray = isArray;
         refs_.resize(firstRef + refCount);
         estimate_ += 8 + refCount * 2;
 
         int childHeight = 0;
         std::size_t slot = firstRef;
+        // The children's texts and payloads lie elsewhere in memory: asking
+        // for all of them at once lets the waits overlap.
         if (isArray) {
+            for (const Value& item : value.array()) __builtin_prefetch(item.payloadIdentity());
             for (const Value& item : value.array()) {
                 refs_[slot++] = add(item, depth + 1, childHeight);
                 height = std::max(height, childHeight);
             }
         } else {
             const Dictionary& entries = value.dictionary();
+            for (const auto& entry : entries) {
+                __builtin_prefetch(&entry.first.str());
+                __builtin_prefetch(entry.second.payloadIdentity());
+            }
             for (const auto& entry : entries) refs_[slot++] = addString(entry.first, nullptr);
             for (const auto& entry : entries) {
                 refs_[slot++] = add(entry.second, depth + 1, childHeight);
@@ -227,9 +267,16 @@ private:
         unsigned char* p = out_.reserve(kHeaderSize + estimate_);
         std::memcpy(p, kMagic, kHeaderSize);
         out_.commit(p + kHeaderSize);
-        for (const Object& object : objects_) {
+        // The objects lie all over the tree; fetching a few ahead hides most
+        // of the wait for memory.
+        constexpr std::size_t kAhead = 8;
+        for (std::size_t i = 0; i < objects_.size(); ++i) {
+            if (i + kAhead < objects_.size()) {
+                const Object& next = objects_[i + kAhead];
+                __builtin_prefetch(next.text ? static_cast<const void*>(next.text) : next.value);
+            }
             offsets.push_back(out_.size());
-            writeObject(object);
+            writeObject(objects_[i]);
         }
 
         const std::uint64_t tableOffset = out_.size();
@@ -252,11 +299,11 @@ private:
             writeString(*object.text);
             return;
         }
-        const Value& value = *object.value;
-        if (value.isArray() || value.isDictionary()) {
-            writeContainer(value, object.firstRef);
+        if (object.isContainer()) {
+            writeContainer(object);
             return;
         }
+        const Value& value = *object.value;
         if (value.isData()) {
             const std::string& bytes = value.dataBytes();
             unsigned char* p = out_.reserve(kHeadroom + bytes.size());
@@ -326,14 +373,12 @@ private:
         out_.commit(writeUtf16Be(text, p));
     }
 
-    void writeContainer(const Value& value, std::uint32_t firstRef)
+    void writeContainer(const Object& object)
     {
-        const bool isArray = value.isArray();
-        const std::size_t count = isArray ? value.array().size() : value.dictionary().size();
-        const std::size_t refCount = isArray ? count : 2 * count;
+        const std::size_t refCount = object.isArray ? object.count : 2 * std::size_t(object.count);
         unsigned char* p = out_.reserve(kHeadroom + refCount * refSize_);
-        p = writeMarker(p, isArray ? kArray : kDictionary, count);
-        const std::uint32_t* ref = refs_.data() + firstRef;
+        p = writeMarker(p, object.isArray ? kArray : kDictionary, object.count);
+        const std::uint32_t* ref = refs_.data() + object.firstRef;
         const std::uint32_t* end = ref + refCount;
         switch (refSize_) {
         case 1:
@@ -353,6 +398,19 @@ private:
         out_.commit(p);
     }
 
+    static constexpr std::uint32_t kNone = UINT32_MAX;
+    static constexpr int kSmallIntegers = 256;
+
+    static constexpr std::size_t kRecentTexts = 1024;
+    struct RecentText {
+        std::uint64_t hash = 0;
+        std::string_view text;
+        std::uint32_t index = kNone;
+    };
+
+    std::vector<RecentText> recentTexts_ = std::vector<RecentText>(kRecentTexts);
+    std::uint32_t booleans_[2] = {kNone, kNone};
+    std::uint32_t smallIntegers_[kSmallIntegers];
     std::vector<Object> objects_;
     std::vector<std::uint32_t> refs_;
     IndexTable<std::string_view> strings_;

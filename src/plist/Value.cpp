@@ -252,6 +252,15 @@ const void* Value::payloadIdentity() const
     }
 }
 
+bool Value::payloadHasOneOwner() const
+{
+    if (type_ == Type::Dictionary) {
+        const detail::DictionaryBlock* block = storage_.dictionary.block_;
+        return block && !detail::isShared(block);
+    }
+    return ownsPayload() && storage_.shared && !detail::isShared(storage_.shared);
+}
+
 Value Value::deepCopy() const
 {
     switch (type_) {

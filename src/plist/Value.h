@@ -138,6 +138,10 @@ public:
     // the binary writer and by tests of sharing; null for scalars. Empty
     // payloads of one type share one identity.
     const void* payloadIdentity() const;
+    // True when this value alone holds its payload, so that the payload
+    // appears once in any tree that holds this value. False for scalars and
+    // empty payloads.
+    bool payloadHasOneOwner() const;
 
 private:
     // String, Data, Array and Dictionary hold a payload (or null when empty).

@@ -104,6 +104,13 @@ TEST(BinaryPlistWriter, WritesEqualScalarsOnceButNotEqualContainers)
                               Value::data("x"), Value::data("x"), Value::date(5), Value::date(5), Value(entry)});
     EXPECT_EQ(trailerOf(written(scalars)).objectCount, 1u + 1 + 1 + 1 + 1 + 1 + 1 + 1 + 1);
 
+    // Booleans and small counts take a short cut past the table; they must
+    // still be merged, and kept apart from equal numbers of other kinds.
+    const Value small(Array{Value(true), Value(true), Value(false), Value(0), Value(0), Value(255), Value(255), Value(256),
+                            Value(256), Value(-1), Value(-1), Value(1), Value(1.0), Value(1u << 31)});
+    EXPECT_EQ(trailerOf(written(small)).objectCount, 1u + 2 + 1 + 2 + 1 + 3);
+    EXPECT_EQ(roundTrip(small), small);
+
     const Value equalArrays(Array{Value(Array{Value(1)}), Value(Array{Value(1)})});
     EXPECT_EQ(trailerOf(written(equalArrays)).objectCount, 4u) << "equal containers stay separate";
 
@@ -113,6 +120,11 @@ TEST(BinaryPlistWriter, WritesEqualScalarsOnceButNotEqualContainers)
     const Value back = roundTrip(sameArray);
     EXPECT_EQ(back, sameArray);
     EXPECT_EQ(back.array()[0].payloadIdentity(), back.array()[1].payloadIdentity());
+
+    const Value sharedDictionary(Dictionary{{"k", Value(2)}});
+    const Value twice(Dictionary{{"a", sharedDictionary}, {"b", sharedDictionary}, {"c", Value(Dictionary{{"k", Value(2)}})}});
+    // Root, keys a b c k, the shared dictionary once, its equal copy, 2.
+    EXPECT_EQ(trailerOf(written(twice)).objectCount, 1u + 4 + 1 + 1 + 1);
 }
 
 TEST(BinaryPlistWriter, KeepsEmptyContainersOfEachKindApart)
