@@ -2,6 +2,7 @@
 
 #include <array>
 #include <cstdint>
+#include <cstring>
 
 namespace plist {
 
@@ -64,15 +65,25 @@ bool decodeBase64(std::string_view text, std::string& out)
     return padding <= 2;
 }
 
-void appendBase64Lines(std::string& out, std::string_view bytes, std::string_view indent, std::size_t lineLength)
+std::size_t base64LinesSize(std::size_t byteCount, std::size_t indentSize, std::size_t lineLength)
+{
+    const std::size_t encoded = (byteCount + 2) / 3 * 4;
+    const std::size_t lines = (encoded + lineLength - 1) / lineLength;
+    return encoded + lines * (indentSize + 1);
+}
+
+char* writeBase64Lines(char* out, std::string_view bytes, std::string_view indent, std::size_t lineLength)
 {
     const auto* s = reinterpret_cast<const unsigned char*>(bytes.data());
     std::size_t column = 0;
     auto put = [&](char c) {
-        if (column == 0) out.append(indent);
-        out += c;
+        if (column == 0) {
+            std::memcpy(out, indent.data(), indent.size());
+            out += indent.size();
+        }
+        *out++ = c;
         if (++column == lineLength) {
-            out += '\n';
+            *out++ = '\n';
             column = 0;
         }
     };
@@ -93,7 +104,8 @@ void appendBase64Lines(std::string& out, std::string_view bytes, std::string_vie
         put(rest == 2 ? kAlphabet[(v >> 6) & 63] : '=');
         put('=');
     }
-    if (column != 0) out += '\n';
+    if (column != 0) *out++ = '\n';
+    return out;
 }
 
 }  // namespace plist

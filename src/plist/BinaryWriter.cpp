@@ -11,6 +11,7 @@
 #include "plist/BinaryFormat.h"
 #include "plist/BinaryIndexTable.h"
 #include "plist/BinaryUnicode.h"
+#include "plist/OutputBuffer.h"
 #include "plist/PropertyList.h"
 
 #include <algorithm>
@@ -45,28 +46,6 @@ struct ScalarKey {
     bool operator==(const ScalarKey&) const = default;
 };
 
-
-// Growable output written through a raw pointer: callers reserve the most an
-// object can take, write, then commit the end.
-class Output {
-public:
-    unsigned char* reserve(std::size_t n)
-    {
-        if (bytes_.size() - used_ < n) bytes_.resize(std::max(bytes_.size() * 2, used_ + n));
-        return reinterpret_cast<unsigned char*>(bytes_.data()) + used_;
-    }
-    void commit(const unsigned char* end) { used_ = end - reinterpret_cast<const unsigned char*>(bytes_.data()); }
-    std::size_t size() const { return used_; }
-    std::string take()
-    {
-        bytes_.resize(used_);
-        return std::move(bytes_);
-    }
-
-private:
-    std::string bytes_;
-    std::size_t used_ = 0;
-};
 
 // An integer object of the smallest width: 1, 2, 4 bytes unsigned, else 8
 // bytes signed.
@@ -264,7 +243,7 @@ private:
     {
         std::vector<std::uint64_t> offsets;
         offsets.reserve(objects_.size());
-        unsigned char* p = out_.reserve(kHeaderSize + estimate_);
+        unsigned char* p = out_.reserveBytes(kHeaderSize + estimate_);
         std::memcpy(p, kMagic, kHeaderSize);
         out_.commit(p + kHeaderSize);
         // The objects lie all over the tree; fetching a few ahead hides most
@@ -281,7 +260,7 @@ private:
 
         const std::uint64_t tableOffset = out_.size();
         const unsigned offsetSize = bytesNeeded(offsets.back());
-        p = out_.reserve(offsets.size() * offsetSize + kTrailerSize);
+        p = out_.reserveBytes(offsets.size() * offsetSize + kTrailerSize);
         for (std::uint64_t offset : offsets) p = writeBigEndian(p, offset, offsetSize);
         std::memset(p, 0, kTrailerOffsetSize);
         p += kTrailerOffsetSize;
@@ -306,13 +285,13 @@ private:
         const Value& value = *object.value;
         if (value.isData()) {
             const std::string& bytes = value.dataBytes();
-            unsigned char* p = out_.reserve(kHeadroom + bytes.size());
+            unsigned char* p = out_.reserveBytes(kHeadroom + bytes.size());
             p = writeMarker(p, kData, bytes.size());
             std::memcpy(p, bytes.data(), bytes.size());
             out_.commit(p + bytes.size());
             return;
         }
-        unsigned char* p = out_.reserve(kHeadroom);
+        unsigned char* p = out_.reserveBytes(kHeadroom);
         switch (value.type()) {
         case Type::Boolean: *p++ = value.toBool() ? kTrue : kFalse; break;
         case Type::Integer:
@@ -360,7 +339,7 @@ private:
     {
         const auto* bytes = reinterpret_cast<const unsigned char*>(text.data());
         if (isAscii(bytes, text.size())) {
-            unsigned char* p = out_.reserve(kHeadroom + text.size());
+            unsigned char* p = out_.reserveBytes(kHeadroom + text.size());
             p = writeMarker(p, kAscii, text.size());
             std::memcpy(p, bytes, text.size());
             out_.commit(p + text.size());
@@ -368,7 +347,7 @@ private:
         }
         const std::size_t units = utf16Length(text);
         if (units == SIZE_MAX) fail("a string is not valid UTF-8 and cannot be stored as UTF-16");
-        unsigned char* p = out_.reserve(kHeadroom + 2 * units);
+        unsigned char* p = out_.reserveBytes(kHeadroom + 2 * units);
         p = writeMarker(p, kUtf16, units);
         out_.commit(writeUtf16Be(text, p));
     }
@@ -376,7 +355,7 @@ private:
     void writeContainer(const Object& object)
     {
         const std::size_t refCount = object.isArray ? object.count : 2 * std::size_t(object.count);
-        unsigned char* p = out_.reserve(kHeadroom + refCount * refSize_);
+        unsigned char* p = out_.reserveBytes(kHeadroom + refCount * refSize_);
         p = writeMarker(p, object.isArray ? kArray : kDictionary, object.count);
         const std::uint32_t* ref = refs_.data() + object.firstRef;
         const std::uint32_t* end = ref + refCount;
@@ -419,7 +398,7 @@ private:
     IndexTable<const void*> containers_;
     std::size_t estimate_ = 0;  // likely output size (ASCII text, 2-byte refs), to allocate once
     unsigned refSize_ = 1;
-    Output out_;
+    OutputBuffer out_;
 };
 
 }  // namespace

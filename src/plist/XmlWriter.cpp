@@ -3,6 +3,7 @@
 
 #include "plist/Base64.h"
 #include "plist/DateConversion.h"
+#include "plist/OutputBuffer.h"
 #include "plist/PropertyList.h"
 
 #include <charconv>
@@ -12,13 +13,15 @@ namespace plist {
 
 namespace {
 
+using namespace std::string_view_literals;
+
 struct WriteError {
     std::string message;
 };
 
 class XmlWriter {
 public:
-    explicit XmlWriter(std::string& out) : out_(out) {}
+    explicit XmlWriter(OutputBuffer& out) : out_(out) {}
 
     void write(const Value& v, int depth)
     {
@@ -45,7 +48,7 @@ public:
             break;
         case Type::Data:
             out_ += "<data>\n";
-            appendBase64Lines(out_, v.dataBytes(), tabs(depth));
+            appendBase64(v.dataBytes(), tabs(depth));
             indent(depth);
             out_ += "</data>\n";
             break;
@@ -71,6 +74,7 @@ public:
                 break;
             }
             out_ += "<array>\n";
+            for (const Value& element : v.array()) __builtin_prefetch(element.payloadIdentity());
             for (const Value& element : v.array()) write(element, depth + 1);
             indent(depth);
             out_ += "</array>\n";
@@ -81,6 +85,12 @@ public:
                 break;
             }
             out_ += "<dict>\n";
+            // The entries' texts and payloads lie elsewhere in memory: asking
+            // for all of them at once lets the waits overlap.
+            for (const auto& [key, value] : v.dictionary()) {
+                __builtin_prefetch(&key.str());
+                __builtin_prefetch(value.payloadIdentity());
+            }
             for (const auto& [key, value] : v.dictionary()) {
                 indent(depth + 1);
                 out_ += "<key>";
@@ -103,12 +113,18 @@ private:
 
     void indent(int depth) { out_.append(tabs(depth)); }
 
+    void appendBase64(std::string_view bytes, std::string_view indent)
+    {
+        char* p = out_.reserve(base64LinesSize(bytes.size(), indent.size()));
+        out_.commit(writeBase64Lines(p, bytes, indent));
+    }
+
     void appendInteger(const Value& v)
     {
         char buffer[32];
         auto result = v.isUnsignedInteger() ? std::to_chars(buffer, buffer + sizeof buffer, v.toUnsigned())
                                             : std::to_chars(buffer, buffer + sizeof buffer, v.toInt());
-        out_.append(buffer, result.ptr);
+        out_.append(std::string_view(buffer, std::size_t(result.ptr - buffer)));
     }
 
     void appendReal(const Value& v)
@@ -128,7 +144,7 @@ private:
         // "0.10000000149011612"), as the platform's writer does.
         char buffer[64];
         auto result = std::to_chars(buffer, buffer + sizeof buffer, d);
-        out_.append(buffer, result.ptr);
+        out_.append(std::string_view(buffer, std::size_t(result.ptr - buffer)));
     }
 
     void appendEscaped(std::string_view s)
@@ -150,7 +166,7 @@ private:
         out_.append(s.substr(runStart));
     }
 
-    std::string& out_;
+    OutputBuffer& out_;
     std::string tabs_;
 };
 
@@ -158,19 +174,18 @@ private:
 
 std::optional<std::string> writeXml(const Value& root, std::string* error)
 {
-    std::string out;
-    out.reserve(4096);
-    out += "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n"
-           "<!DOCTYPE plist PUBLIC \"-//Apple//DTD PLIST 1.0//EN\" \"http://www.apple.com/DTDs/PropertyList-1.0.dtd\">\n"
-           "<plist version=\"1.0\">\n";
+    OutputBuffer out;
+    out.append("<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n"
+               "<!DOCTYPE plist PUBLIC \"-//Apple//DTD PLIST 1.0//EN\" \"http://www.apple.com/DTDs/PropertyList-1.0.dtd\">\n"
+               "<plist version=\"1.0\">\n"sv);
     try {
         XmlWriter(out).write(root, 0);
     } catch (const WriteError& e) {
         if (error) *error = e.message;
         return std::nullopt;
     }
-    out += "</plist>\n";
-    return out;
+    out.append("</plist>\n"sv);
+    return out.take();
 }
 
 }  // namespace plist

@@ -97,7 +97,7 @@ Value QuartzComposition::inputParameterForKey(const QString& key) const
     return dictionary_.value(kInputParameters).value(quartz::toStd(key));
 }
 
-std::optional<QByteArray> QuartzComposition::fileDataByRemovingPixelFormatSetting(bool strip) const
+std::optional<std::string> QuartzComposition::fileText(bool strip) const
 {
     Value tree = dictionary_;
     tree.set(kRootPatch, rootPatch_->patchDataForFileData(dictionary_));
@@ -105,21 +105,25 @@ std::optional<QByteArray> QuartzComposition::fileDataByRemovingPixelFormatSettin
     // setting are copied, so a large graph is not duplicated to write it.
     if (strip) removePixelFormatSettingFromCollection(tree);
     std::string error;
-    const auto text = plist::writeXml(tree, &error);
-    if (!text) {
-        qCCritical(lcQuartz, "Error when serializing QTZ: %s", error.c_str());
-        return std::nullopt;
-    }
+    auto text = plist::writeXml(tree, &error);
+    if (!text) qCCritical(lcQuartz, "Error when serializing QTZ: %s", error.c_str());
+    return text;
+}
+
+std::optional<QByteArray> QuartzComposition::fileDataByRemovingPixelFormatSetting(bool strip) const
+{
+    const auto text = fileText(strip);
+    if (!text) return std::nullopt;
     return QByteArray(text->data(), qsizetype(text->size()));
 }
 
 bool QuartzComposition::writeToFile(const QString& path, bool removePixelFormatSetting) const
 {
-    const auto data = fileDataByRemovingPixelFormatSetting(removePixelFormatSetting);
-    if (!data) return false;
+    const auto text = fileText(removePixelFormatSetting);
+    if (!text) return false;
     QSaveFile file(path);
     if (!file.open(QIODevice::WriteOnly)) return false;
-    if (file.write(*data) != data->size()) {
+    if (file.write(text->data(), qint64(text->size())) != qint64(text->size())) {
         file.cancelWriting();
         return false;
     }

@@ -55,6 +55,10 @@ public:
     static plist::Value quartzValueForObject(const QVariant& value);
 
 private:
+    // The file's XML text; writing a file takes it as it is rather than
+    // through a QByteArray copy.
+    std::optional<std::string> fileText(bool strip) const;
+
     plist::Value dictionary_;
     std::unique_ptr<QuartzPatch> rootPatch_;
 };

@@ -4,6 +4,7 @@
 #include "quartz/QuartzStrings.h"
 
 #include <charconv>
+#include <vector>
 
 using plist::Value;
 
@@ -182,21 +183,27 @@ QuartzPatch* QuartzPatch::addNode(std::unique_ptr<QuartzPatch> child)
 
 QString QuartzPatch::uniqueChildKey(const QString& patchClass) const
 {
-    // Keys are compared in place: a large graph has thousands of children
-    // and the first candidate is usually free.
+    // The smallest free number, found in one pass over the children: a
+    // large graph has thousands of them, and trying number after number
+    // against all of them made building one quadratic in its size.
     const std::string prefix = quartz::toStd(patchClass) + '_';
-    for (int n = 1;; ++n) {
-        const std::string candidate = prefix + std::to_string(n);
-        bool taken = false;
-        for (const auto& child : nodes_) {
-            const plist::Value* key = child->data_.find("key");
-            if (key && key->string() == candidate) {
-                taken = true;
-                break;
-            }
-        }
-        if (!taken) return quartz::toQt(candidate);
+    std::vector<bool> taken(nodes_.size() + 2, false);  // n children take at most 1..n
+    for (const auto& child : nodes_) {
+        const plist::Value* key = child->data_.find("key");
+        if (!key) continue;
+        const std::string& text = key->string();
+        if (text.size() <= prefix.size() || text.compare(0, prefix.size(), prefix) != 0) continue;
+        std::size_t n = 0;
+        const char* digits = text.data() + prefix.size();
+        const char* end = text.data() + text.size();
+        const auto [stop, problem] = std::from_chars(digits, end, n);
+        // Only the canonical spelling of a number takes it ("_01" does not).
+        if (problem != std::errc() || stop != end || *digits == '0') continue;
+        if (n < taken.size()) taken[n] = true;
     }
+    std::size_t n = 1;
+    while (taken[n]) ++n;
+    return quartz::toQt(prefix + std::to_string(n));
 }
 
 QuartzPatch* QuartzPatch::addPatchWithClass(const QString& patchClass, const Value& state,

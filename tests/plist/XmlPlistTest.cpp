@@ -140,6 +140,35 @@ TEST(XmlPlist, WriterProducesThePlatformLayout)
               "</plist>\n");
 }
 
+TEST(XmlPlist, WriterWrapsDataInIndentedLinesOf68)
+{
+    std::string fifty, fiftyTwo;
+    for (int i = 0; i < 52; ++i) (i < 50 ? fifty : fiftyTwo) += char(i);
+    fiftyTwo = fifty + fiftyTwo;
+    // 50 bytes fill one line exactly; 52 spill four padded characters onto
+    // a second; empty data is an empty element.
+    const Value d(Dictionary{{"a", Value::data(fifty)}, {"b", Value::data(fiftyTwo)}, {"c", Value::data("")}});
+    const std::string xml = *writeXml(d);
+    const std::string full = "AAECAwQFBgcICQoLDA0ODxAREhMUFRYXGBkaGxwdHh8gISIjJCUmJygpKissLS4vMDE";
+    EXPECT_NE(xml.find("<dict>\n"
+                       "\t<key>a</key>\n"
+                       "\t<data>\n"
+                       "\t" + full + "=\n"
+                       "\t</data>\n"
+                       "\t<key>b</key>\n"
+                       "\t<data>\n"
+                       "\t" + full + "y\n"
+                       "\tMw==\n"
+                       "\t</data>\n"
+                       "\t<key>c</key>\n"
+                       "\t<data>\n"
+                       "\t</data>\n"
+                       "</dict>\n"),
+              std::string::npos)
+        << xml;
+    EXPECT_EQ(*readXml(xml), d);
+}
+
 TEST(XmlPlist, RoundTripsValuesThatNeedCare)
 {
     Dictionary d;

@@ -29,6 +29,14 @@ TEST(QuartzPatch, ChildKeysCountUpPerClassAndSkipTakenOnes)
     EXPECT_EQ(root.addPatchWithClass(QStringLiteral("QCClear"))->key(), QStringLiteral("QCClear_1"));
     EXPECT_EQ(root.nodes().size(), 5u);
     EXPECT_EQ(root.nodes().back()->parentPatch(), &root);
+
+    // Only a key spelt exactly as the candidate takes its number; the first
+    // gap is filled.
+    QuartzPatch other;
+    for (const char* key : {"QCMath_1", "QCMath_3", "QCMath_02", "QCMath_x", "QCMathX_2", "QCMath_", "QCMath_99999999999999999999999"})
+        other.addPatchWithClass(QStringLiteral("QCClear"))->setKey(QString::fromLatin1(key));
+    EXPECT_EQ(other.addPatchWithClass(QStringLiteral("QCMath"))->key(), QStringLiteral("QCMath_2"));
+    EXPECT_EQ(other.addPatchWithClass(QStringLiteral("QCMath"))->key(), QStringLiteral("QCMath_4"));
 }
 
 TEST(QuartzPatch, OwnPlugInClassesBecomePlugInNodes)
