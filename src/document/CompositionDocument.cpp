@@ -6,7 +6,9 @@
 #include "model/UndoManager.h"
 #include "model/VideoResolution.h"
 #include "plist/PropertyList.h"
+#include "quartz/QuartzComposition.h"
 #include "quartz/QuartzValues.h"
+#include "runtime/Composition.h"
 
 #include <QDir>
 #include <QFile>
@@ -162,19 +164,24 @@ void CompositionDocument::writePackageExtras(const QString& packagePath)
     const QDir package(packagePath);
     writeInfoFile(composition_->compositionInfo(), package.filePath(infoFileName()));
     copyPendingResources();
-    const QString preview = previewPath();
+    const QString previewFile = previewPath();
+    const auto preview = CompositionExport::exportedComposition(*composition_, true, &CompositionExport::documentKey);
     const bool exported =
         CompositionExport::exportToPath(*composition_, package.filePath(compositionFileName()), false,
                                         &CompositionExport::documentKey) &&
-        CompositionExport::exportToPath(*composition_, preview, true, &CompositionExport::documentKey);
+        preview && preview->writeToFile(previewFile, true);
     // A failed export costs only the thumbnail; the store is saved.
     if (!exported) return;
     QImage picture;
-    if (composition_->posterFrameMode() == 1 && !composition_->posterFrameImage().isNull())
+    if (composition_->posterFrameMode() == 1 && !composition_->posterFrameImage().isNull()) {
         picture = composition_->posterFrameImage();
-    else
-        picture = renderThumbnail(preview, QSize(composition_->width(), composition_->height()),
+    } else {
+        // The preview's tree as written, played without reading the file back.
+        auto played = runtime::Composition::fromPlist(preview->fileDictionary(true), nullptr,
+                                                      QFileInfo(previewFile).absolutePath());
+        picture = renderThumbnail(std::move(played), QSize(composition_->width(), composition_->height()),
                                   composition_->posterFrameTimepoint(), QUrl::fromLocalFile(packagePath));
+    }
     writeThumbnail(picture, package.filePath(thumbnailPath()));
 }
 

@@ -83,7 +83,21 @@ QString CompositionExport::stringByTrimmingInvalidKeyCharacters(const QString& s
 bool CompositionExport::exportToPath(const model::Composition& composition, const QString& path,
                                      bool includeBackground, const KeyFactory& keyFactory)
 {
-    QuartzComposition output;
+    const auto output = exportedComposition(composition, includeBackground, keyFactory);
+    if (!output) return false;
+    if (!output->writeToFile(path, true)) {
+        qCCritical(lcExport) << "Unable to write output file!";
+        return false;
+    }
+    return true;
+}
+
+std::unique_ptr<QuartzComposition> CompositionExport::exportedComposition(const model::Composition& composition,
+                                                                          bool includeBackground,
+                                                                          const KeyFactory& keyFactory)
+{
+    auto exported = std::make_unique<QuartzComposition>();
+    QuartzComposition& output = *exported;
     output.setViewerSize(composition.size());
     QuartzPatch& root = output.rootPatch();
 
@@ -96,13 +110,13 @@ bool CompositionExport::exportToPath(const model::Composition& composition, cons
     if (includeBackground) addBackground(composition, root);
 
     auto rendererFile = loadStandard(QStringLiteral("Renderer"));
-    if (!rendererFile) return false;
+    if (!rendererFile) return nullptr;
     ExportTemplates templates;
     QuartzPatch& rendererRoot = rendererFile->rootPatch();
     QuartzPatch* scalerTemplate = rendererRoot.patchWithName(QStringLiteral("Scaling Factor"));
     if (!scalerTemplate) {
         qCCritical(lcExport) << "Unable to find scaling patch";
-        return false;
+        return nullptr;
     }
     QuartzPatch* scaler = root.addNode(scalerTemplate->clone());
     scaler->setKey(QStringLiteral("Scaler"));
@@ -112,12 +126,12 @@ bool CompositionExport::exportToPath(const model::Composition& composition, cons
     templates.renderer = rendererRoot.patchWithName(QStringLiteral("Renderer"));
     if (!templates.renderer) {
         qCCritical(lcExport) << "Unable to find renderer patch";
-        return false;
+        return nullptr;
     }
     templates.position = rendererRoot.patchWithName(QStringLiteral("Position"));
     if (!templates.position) {
         qCCritical(lcExport) << "Unable to find position patch";
-        return false;
+        return nullptr;
     }
     templates.timer = rendererRoot.patchWithName(QStringLiteral("Timer"));
     templates.enabler = rendererRoot.patchWithName(QStringLiteral("Enabler"));
@@ -152,12 +166,7 @@ bool CompositionExport::exportToPath(const model::Composition& composition, cons
 
     if (includeBackground && model::Settings::value(model::Settings::kPreviewFPS).toBool())
         addStandardPatch(root, QStringLiteral("FPS"), QStringLiteral("Background"));
-
-    if (!output.writeToFile(path, true)) {
-        qCCritical(lcExport) << "Unable to write output file!";
-        return false;
-    }
-    return true;
+    return exported;
 }
 
 }  // namespace document

@@ -9,6 +9,9 @@
 #include <QString>
 
 #include <functional>
+#include <memory>
+
+class QuartzComposition;
 
 namespace model {
 class Composition;
@@ -28,6 +31,10 @@ public:
     // missing, or the file cannot be written.
     static bool exportToPath(const model::Composition& composition, const QString& path, bool includeBackground,
                              const KeyFactory& keyFactory);
+    // The graph exportToPath writes; null when the standard "Renderer"
+    // file or one of its patches is missing.
+    static std::unique_ptr<QuartzComposition> exportedComposition(const model::Composition& composition,
+                                                                  bool includeBackground, const KeyFactory& keyFactory);
     // Title, separator and port key joined: the labels a document writes.
     static QString documentKey(const model::QuartzComponent& component, const QString& separator,
                                const QString& portKey);

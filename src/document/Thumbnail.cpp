@@ -9,7 +9,12 @@ namespace document {
 
 QImage renderThumbnail(const QString& previewPath, QSize size, double posterFrameTimepoint, const QUrl& documentURL)
 {
-    auto composition = runtime::Composition::loadFile(previewPath);
+    return renderThumbnail(runtime::Composition::loadFile(previewPath), size, posterFrameTimepoint, documentURL);
+}
+
+QImage renderThumbnail(std::shared_ptr<const runtime::Composition> composition, QSize size, double posterFrameTimepoint,
+                       const QUrl& documentURL)
+{
     if (!composition) return {};
     runtime::Renderer renderer(composition, size);
     renderer.userInfo().insert(model::QuartzComponent::documentURLKey(), documentURL);

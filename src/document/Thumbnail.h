@@ -6,11 +6,19 @@
 #include <QSize>
 #include <QUrl>
 
+#include <memory>
+
+namespace runtime {
+class Composition;
+}
+
 namespace document {
 
 // Steps of a little under 0.04 s from 0 to the poster frame; a negative
 // poster frame gives the first frame. A null image when the file does not load.
 QImage renderThumbnail(const QString& previewPath, QSize size, double posterFrameTimepoint, const QUrl& documentURL);
+QImage renderThumbnail(std::shared_ptr<const runtime::Composition> preview, QSize size, double posterFrameTimepoint,
+                       const QUrl& documentURL);
 
 // JPEG at quality 90, written atomically.
 bool writeThumbnail(const QImage& image, const QString& path);

@@ -97,15 +97,20 @@ Value QuartzComposition::inputParameterForKey(const QString& key) const
     return dictionary_.value(kInputParameters).value(quartz::toStd(key));
 }
 
-std::optional<std::string> QuartzComposition::fileText(bool strip) const
+Value QuartzComposition::fileDictionary(bool strip) const
 {
     Value tree = dictionary_;
     tree.set(kRootPatch, rootPatch_->patchDataForFileData(dictionary_));
     // Removing works on shared containers: only the ones on the way to a
     // setting are copied, so a large graph is not duplicated to write it.
     if (strip) removePixelFormatSettingFromCollection(tree);
+    return tree;
+}
+
+std::optional<std::string> QuartzComposition::fileText(bool strip) const
+{
     std::string error;
-    auto text = plist::writeXml(tree, &error);
+    auto text = plist::writeXml(fileDictionary(strip), &error);
     if (!text) qCCritical(lcQuartz, "Error when serializing QTZ: %s", error.c_str());
     return text;
 }

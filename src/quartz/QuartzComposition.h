@@ -45,6 +45,9 @@ public:
     plist::Value inputParameterForKey(const QString& key) const;  // null when absent
 
     std::optional<QByteArray> fileDataByRemovingPixelFormatSetting(bool strip) const;
+    // The tree that file data is the text of, for a reader in this process
+    // that would otherwise write the file and read it back.
+    plist::Value fileDictionary(bool strip) const;
     bool writeToFile(const QString& path, bool removePixelFormatSetting) const;
 
     static void removePixelFormatSettingFromCollection(plist::Value& node);
