@@ -2,12 +2,14 @@
 
 #include "model/KeyframeValues.h"
 #include "model/RichFontValue.h"
+#include "model/StoreFileTextRuns.h"
 
 #include <QBuffer>
 #include <QColor>
 #include <QFont>
 #include <QImage>
 #include <QUrl>
+#include <QVarLengthArray>
 
 #include <charconv>
 
@@ -33,11 +35,28 @@ QString shortest(float f)
     return QString::fromLatin1(buffer, int(r.ptr - buffer));
 }
 
-template <class T> bool parseNumber(const QString& text, T& out)
+// Straight from the text: a store holds tens of thousands of numbers, and
+// none needs a temporary string of its own.
+template <class T> bool parseNumber(QStringView text, T& out)
 {
-    const QByteArray latin = text.trimmed().toLatin1();
-    auto r = std::from_chars(latin.constData(), latin.constData() + latin.size(), out);
-    return r.ec == std::errc() && r.ptr == latin.constData() + latin.size() && !latin.isEmpty();
+    text = text.trimmed();
+    QVarLengthArray<char, 64> ascii(text.size());
+    for (qsizetype i = 0; i < text.size(); ++i) {
+        const char16_t c = text[i].unicode();
+        if (c > 0x7f) return false;  // part of no number
+        ascii[i] = char(c);
+    }
+    auto r = std::from_chars(ascii.data(), ascii.data() + ascii.size(), out);
+    return r.ec == std::errc() && r.ptr == ascii.data() + ascii.size() && !ascii.isEmpty();
+}
+
+using Parts = QVarLengthArray<QStringView, 32>;
+
+Parts splitAtSpaces(QStringView text)
+{
+    Parts parts;
+    for (QStringView part : text.tokenize(u' ', Qt::SkipEmptyParts)) parts.append(part);
+    return parts;
 }
 
 void writeTyped(QXmlStreamWriter& xml, const QString& element, const QXmlStreamAttributes& extra, const QString& type,
@@ -86,9 +105,9 @@ bool writeCompactKeyframes(QXmlStreamWriter& xml, const KeyframeValues& keyframe
     return true;
 }
 
-bool readCompactKeyframes(const QString& text, bool colours, KeyframeValues& out)
+bool readCompactKeyframes(QStringView text, bool colours, KeyframeValues& out)
 {
-    const QStringList parts = text.split(QLatin1Char(' '), Qt::SkipEmptyParts);
+    const Parts parts = splitAtSpaces(text);
     const int stride = colours ? 5 : 2;
     if (parts.size() % stride != 0) return false;
     for (int i = 0; i < parts.size(); i += stride) {
@@ -205,31 +224,35 @@ void writeValue(QXmlStreamWriter& xml, const QVariant& value, const QString& ele
 
 namespace {
 
-bool readChildren(QXmlStreamReader& xml, QString& error, const std::function<bool(const QXmlStreamAttributes&, const QVariant&)>& take)
+bool readChildren(QXmlStreamReader& xml, QString& error, StoreFileTextRuns* runs,
+                  const std::function<bool(const QXmlStreamAttributes&, const QVariant&)>& take)
 {
     while (xml.readNextStartElement()) {
         const QXmlStreamAttributes attributes = xml.attributes();
         QVariant child;
-        if (!readValue(xml, child, error)) return false;
+        if (!readValue(xml, child, error, runs)) return false;
         if (!take(attributes, child)) return false;
     }
     return !xml.hasError();
 }
 
+bool isBase64Type(QStringView type) { return type == QLatin1String("data") || type == QLatin1String("image"); }
+
 }  // namespace
 
-bool readValue(QXmlStreamReader& xml, QVariant& value, QString& error)
+bool readValue(QXmlStreamReader& xml, QVariant& value, QString& error, StoreFileTextRuns* runs)
 {
-    const QString type = xml.attributes().value(QLatin1String("type")).toString();
+    const QXmlStreamAttributes attributes = xml.attributes();
+    const QStringView type = attributes.value(QLatin1String("type"));
     auto fail = [&](const QString& message) {
         error = QStringLiteral("line %1: %2").arg(xml.lineNumber()).arg(message);
         return false;
     };
     if (type == QLatin1String("keyframes")) {
         KeyframeValues keyframes;
-        const bool ok = readChildren(xml, error, [&](const QXmlStreamAttributes& a, const QVariant& v) {
+        const bool ok = readChildren(xml, error, runs, [&](const QXmlStreamAttributes& a, const QVariant& v) {
             float time = 0;
-            if (!parseNumber(a.value(QLatin1String("time")).toString(), time)) return fail(QStringLiteral("a keyframe without a valid time"));
+            if (!parseNumber(a.value(QLatin1String("time")), time)) return fail(QStringLiteral("a keyframe without a valid time"));
             keyframes.insert(time, v);
             return true;
         });
@@ -238,7 +261,7 @@ bool readValue(QXmlStreamReader& xml, QVariant& value, QString& error)
     }
     if (type == QLatin1String("list") || type == QLatin1String("strings")) {
         QVariantList list;
-        const bool ok = readChildren(xml, error, [&](const QXmlStreamAttributes&, const QVariant& v) {
+        const bool ok = readChildren(xml, error, runs, [&](const QXmlStreamAttributes&, const QVariant& v) {
             list.append(v);
             return true;
         });
@@ -248,7 +271,7 @@ bool readValue(QXmlStreamReader& xml, QVariant& value, QString& error)
     if (type == QLatin1String("map") || type == QLatin1String("richfont")) {
         QVariantMap map;
         QVariant inner;
-        const bool ok = readChildren(xml, error, [&](const QXmlStreamAttributes& a, const QVariant& v) {
+        const bool ok = readChildren(xml, error, runs, [&](const QXmlStreamAttributes& a, const QVariant& v) {
             if (type == QLatin1String("richfont")) inner = v;
             else map.insert(a.value(QLatin1String("key")).toString(), v);
             return true;
@@ -257,20 +280,30 @@ bool readValue(QXmlStreamReader& xml, QVariant& value, QString& error)
         return ok;
     }
     if (type == QLatin1String("font")) {
-        const QXmlStreamAttributes a = xml.attributes();
-        QFont font(a.value(QLatin1String("family")).toString());
-        const QString style = a.value(QLatin1String("style")).toString();
+        QFont font(attributes.value(QLatin1String("family")).toString());
+        const QString style = attributes.value(QLatin1String("style")).toString();
         if (!style.isEmpty()) font.setStyleName(style);
         double size = 0;
-        if (parseNumber(a.value(QLatin1String("size")).toString(), size) && size > 0) font.setPointSizeF(size);
-        font.setBold(a.value(QLatin1String("bold")) == QLatin1String("true"));
-        font.setItalic(a.value(QLatin1String("italic")) == QLatin1String("true"));
+        if (parseNumber(attributes.value(QLatin1String("size")), size) && size > 0) font.setPointSizeF(size);
+        font.setBold(attributes.value(QLatin1String("bold")) == QLatin1String("true"));
+        font.setItalic(attributes.value(QLatin1String("italic")) == QLatin1String("true"));
         xml.skipCurrentElement();
         value = font;
         return !xml.hasError();
     }
-    const QString text = xml.readElementText();
+    // The text may begin with a run cut out before parsing; what the reader
+    // still sees follows it.
+    const QByteArrayView run = runs ? runs->take(xml.characterOffset()) : QByteArrayView();
+    QString text = xml.readElementText();
     if (xml.hasError()) return false;
+    const bool wholeTextIsRun = !run.isEmpty() && text.isEmpty();
+    QByteArray base64;
+    if (isBase64Type(type)) {
+        // Never through UTF-16 when the whole text is a run.
+        base64 = wholeTextIsRun ? QByteArray::fromRawData(run.data(), run.size()) : run.toByteArray() + text.toLatin1();
+    } else if (!run.isEmpty()) {
+        text.prepend(QString::fromLatin1(run));
+    }
     if (type == QLatin1String("null")) {
         value = QVariant();
     } else if (type == QLatin1String("bool")) {
@@ -295,11 +328,11 @@ bool readValue(QXmlStreamReader& xml, QVariant& value, QString& error)
     } else if (type == QLatin1String("string")) {
         value = text;
     } else if (type == QLatin1String("data")) {
-        value = QByteArray::fromBase64(text.toLatin1());
+        value = wholeTextIsRun ? runs->fromBase64(run) : QByteArray::fromBase64(base64);
     } else if (type == QLatin1String("url")) {
         value = QUrl(text);
     } else if (type == QLatin1String("color")) {
-        const QStringList parts = text.split(QLatin1Char(' '), Qt::SkipEmptyParts);
+        const Parts parts = splitAtSpaces(text);
         double c[4];
         if (parts.size() != 4) return fail(QStringLiteral("a colour needs four components"));
         for (int i = 0; i < 4; ++i)
@@ -312,7 +345,7 @@ bool readValue(QXmlStreamReader& xml, QVariant& value, QString& error)
         value = QVariant::fromValue(keyframes);
     } else if (type == QLatin1String("image")) {
         QImage image;
-        if (!image.loadFromData(QByteArray::fromBase64(text.toLatin1()), "PNG")) return fail(QStringLiteral("an image that is not PNG data"));
+        if (!image.loadFromData(QByteArray::fromBase64(base64), "PNG")) return fail(QStringLiteral("an image that is not PNG data"));
         value = image;
     } else {
         return fail(QStringLiteral("unknown value type \"%1\"").arg(type));

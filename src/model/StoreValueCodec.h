@@ -7,6 +7,10 @@
 #include <QXmlStreamReader>
 #include <QXmlStreamWriter>
 
+namespace model {
+class StoreFileTextRuns;
+}
+
 namespace model::storecodec {
 
 void writeValue(QXmlStreamWriter& xml, const QVariant& value, const QString& element = QStringLiteral("value"),
@@ -15,6 +19,7 @@ void writeValue(QXmlStreamWriter& xml, const QVariant& value, const QString& ele
 // Reads the value of the element the reader stands on (a start element with
 // a "type" attribute) and leaves the reader on its end element. On failure
 // returns false with a message; the reader's own errors take precedence.
-bool readValue(QXmlStreamReader& xml, QVariant& value, QString& error);
+// With `runs`, a value's text may start with a run cut out before parsing.
+bool readValue(QXmlStreamReader& xml, QVariant& value, QString& error, StoreFileTextRuns* runs = nullptr);
 
 }  // namespace model::storecodec
