@@ -1,7 +1,6 @@
 #include "runtime/RasterBackend.h"
 
 #include <QPainter>
-#include <QPolygonF>
 
 #include <algorithm>
 #include <cmath>
@@ -18,8 +17,6 @@ BlendMode blendModeFromIndex(int index)
 }
 
 namespace {
-
-constexpr std::size_t kCacheEntries = 64;
 
 double clamp01(double v)
 {
@@ -47,83 +44,59 @@ bool isNearlyInteger(double v)
     return std::abs(v - std::round(v)) < 1e-3;
 }
 
+// The painter is kept from draw to draw: each draw sets all the state it
+// relies on, so nothing carries over from the one before.
+void prepare(QPainter& painter, QPainter::CompositionMode mode, bool antialias, bool smooth, qreal opacity)
+{
+    painter.setCompositionMode(mode);
+    painter.setRenderHint(QPainter::Antialiasing, antialias);
+    painter.setRenderHint(QPainter::SmoothPixmapTransform, smooth);
+    painter.setOpacity(opacity);
+    painter.resetTransform();
+}
+
+// The pixels a quad can touch, anti-aliased edges included.
+QRect pixelBounds(const std::array<QPointF, 4>& corners, QSize target)
+{
+    double left = corners[0].x(), right = left, top = corners[0].y(), bottom = top;
+    for (const QPointF& p : corners) {
+        left = std::min(left, p.x());
+        right = std::max(right, p.x());
+        top = std::min(top, p.y());
+        bottom = std::max(bottom, p.y());
+    }
+    const QRectF bounds(QPointF(std::max(left, -1.0), std::max(top, -1.0)),
+                        QPointF(std::min(right, target.width() + 1.0), std::min(bottom, target.height() + 1.0)));
+    if (!bounds.isValid()) return {};
+    return bounds.toAlignedRect().adjusted(-1, -1, 1, 1) & QRect(QPoint(0, 0), target);
+}
+
+RepeatedDrawCache::Key repeatedDrawKey(qint64 source, const std::array<QPointF, 4>& corners, const Color& color,
+                                       bool antialias)
+{
+    RepeatedDrawCache::Key key;
+    key.source = source;
+    for (std::size_t i = 0; i < corners.size(); ++i) {
+        key.corners[2 * i] = corners[i].x();
+        key.corners[2 * i + 1] = corners[i].y();
+    }
+    key.color = {clamp01(color.red), clamp01(color.green), clamp01(color.blue), clamp01(color.alpha)};
+    key.antialias = antialias;
+    return key;
+}
+
 }  // namespace
 
-QImage* DerivedImageCache::find(const QString& key)
-{
-    auto it = entries_.find(key);
-    if (it == entries_.end()) return nullptr;
-    it->second.lastUse = ++clock_;
-    return &it->second.result;
-}
-
-void DerivedImageCache::store(const QString& key, QImage image)
-{
-    if (entries_.size() >= kCacheEntries) {
-        auto oldest = std::min_element(entries_.begin(), entries_.end(),
-                                       [](const auto& a, const auto& b) { return a.second.lastUse < b.second.lastUse; });
-        entries_.erase(oldest);
-    }
-    entries_[key] = Entry{std::move(image), ++clock_};
-}
-
-QImage DerivedImageCache::tinted(const Image& image, const Color& color)
-{
-    const QString key = QStringLiteral("t%1/%2/%3/%4").arg(image.cacheKey()).arg(color.red).arg(color.green).arg(color.blue);
-    if (QImage* hit = find(key)) return *hit;
-    QImage out = tint(image.raster(), color);
-    store(key, out);
-    return out;
-}
-
-QImage DerivedImageCache::tint(const QImage& image, const Color& color)
-{
-    QImage out = image.copy();
-    const int r = int(std::lround(clamp01(color.red) * 256));
-    const int g = int(std::lround(clamp01(color.green) * 256));
-    const int b = int(std::lround(clamp01(color.blue) * 256));
-    for (int y = 0; y < out.height(); ++y) {
-        auto* line = reinterpret_cast<QRgb*>(out.scanLine(y));
-        for (int x = 0; x < out.width(); ++x) {
-            const QRgb p = line[x];
-            line[x] = qRgba((qRed(p) * r) >> 8, (qGreen(p) * g) >> 8, (qBlue(p) * b) >> 8, qAlpha(p));
-        }
-    }
-    return out;
-}
-
-QImage DerivedImageCache::masked(const QImage& image, qint64 imageKey, const Image& mask)
-{
-    const QString key = QStringLiteral("m%1/%2").arg(imageKey).arg(mask.cacheKey());
-    if (QImage* hit = find(key)) return *hit;
-    QImage out = image.copy();
-    // The mask is stretched over the image.
-    const QImage m = (mask.isInfinite() ? mask.renderRegion(QRect(QPoint(0, 0), out.size())) : mask.raster())
-                         .scaled(out.size(), Qt::IgnoreAspectRatio, Qt::SmoothTransformation)
-                         .convertToFormat(QImage::Format_ARGB32_Premultiplied);
-    for (int y = 0; y < out.height(); ++y) {
-        auto* line = reinterpret_cast<QRgb*>(out.scanLine(y));
-        const auto* mline = reinterpret_cast<const QRgb*>(m.constScanLine(y));
-        for (int x = 0; x < out.width(); ++x) {
-            // Premultiplied mask: its grey level already includes its alpha.
-            const int coverage = (qRed(mline[x]) * 299 + qGreen(mline[x]) * 587 + qBlue(mline[x]) * 114) / 1000;
-            const QRgb p = line[x];
-            line[x] = qRgba(qRed(p) * coverage / 255, qGreen(p) * coverage / 255, qBlue(p) * coverage / 255,
-                            qAlpha(p) * coverage / 255);
-        }
-    }
-    store(key, out);
-    return out;
-}
-
 RasterTarget::RasterTarget(QSize pixelSize, DerivedImageCache* cache)
-    : owned_(pixelSize.expandedTo(QSize(1, 1)), QImage::Format_ARGB32_Premultiplied), cache_(cache)
+    : owned_(pixelSize.expandedTo(QSize(1, 1)), QImage::Format_ARGB32_Premultiplied),
+      cache_(cache),
+      repeated_(qint64(owned_.width()) * owned_.height())
 {
     owned_.fill(Qt::transparent);
 }
 
 RasterTarget::RasterTarget(QImage* external, DerivedImageCache* cache, const QTransform& view)
-    : external_(external), view_(view), cache_(cache)
+    : external_(external), view_(view), cache_(cache), repeated_(qint64(external->width()) * external->height())
 {
     if (external_->format() != QImage::Format_ARGB32_Premultiplied)
         *external_ = external_->convertToFormat(QImage::Format_ARGB32_Premultiplied);
@@ -132,9 +105,14 @@ RasterTarget::RasterTarget(QImage* external, DerivedImageCache* cache, const QTr
 void RasterTarget::clear(const Color& color)
 {
     QImage& target = pixels();
-    // A picture of the last frame may still be held downstream: filling a
-    // shared image would first copy every pixel only to overwrite them.
-    if (!external_ && !target.isDetached()) target = QImage(target.size(), target.format());
+    if (!target.isDetached()) {
+        // A picture of the last frame is held elsewhere: the painter lets
+        // go of those pixels, they are someone else's now.
+        painter_.end();
+        // Filling a shared image of our own would first copy every pixel
+        // only to overwrite them.
+        if (!external_) target = QImage(target.size(), target.format());
+    }
     target.fill(toQColor(color));
 }
 
@@ -162,57 +140,117 @@ QImage RasterTarget::sourcePixels(const QuadDraw& quad, qint64* key)
     return source;
 }
 
-void RasterTarget::drawQuad(const QuadDraw& quad)
+bool RasterTarget::project(const QuadDraw& quad, Corners& corners) const
 {
-    if (quad.rect.width() == 0 || quad.rect.height() == 0) return;
-    QImage& target = pixels();
-    const double w = target.width(), h = target.height();
+    const double w = image().width(), h = image().height();
     const QRectF r = quad.rect;
+    // rect.top() is the lower edge here (y up): corners run lower-left,
+    // lower-right, upper-right, upper-left.
     const QVector3D local[4] = {QVector3D(float(r.left()), float(r.top()), 0),
                                 QVector3D(float(r.right()), float(r.top()), 0),
                                 QVector3D(float(r.right()), float(r.bottom()), 0),
                                 QVector3D(float(r.left()), float(r.bottom()), 0)};
-    // rect.top() is the lower edge here (y up): corners run lower-left,
-    // lower-right, upper-right, upper-left.
-    QPolygonF destination;
-    for (const QVector3D& corner : local) {
-        const QVector3D p = quad.transform.map(corner);
+    for (std::size_t i = 0; i < corners.size(); ++i) {
+        const QVector3D p = quad.transform.map(local[i]);
         const double depth = kEyeDistance - double(p.z());
-        if (depth <= 1e-6) return;  // behind the eye
+        if (depth <= 1e-6) return false;  // behind the eye
         const double s = kEyeDistance / depth;
         const QPointF unit = view_.map(QPointF(p.x() * s, p.y() * s));
-        destination << QPointF((unit.x() + 1.0) * w / 2.0, h / 2.0 - unit.y() * w / 2.0);
+        corners[i] = QPointF((unit.x() + 1.0) * w / 2.0, h / 2.0 - unit.y() * w / 2.0);
     }
+    return true;
+}
 
-    QPainter painter(&target);
-    painter.setCompositionMode(compositionMode(quad.blend));
-    if (quad.antialias) painter.setRenderHints(QPainter::Antialiasing | QPainter::SmoothPixmapTransform);
+void RasterTarget::drawQuad(const QuadDraw& quad)
+{
+    if (quad.rect.width() == 0 || quad.rect.height() == 0) return;
+    Corners corners;
+    if (!project(quad, corners)) return;
+    if (quad.image.isNull()) drawFlat(quad, corners);
+    else drawImage(quad, corners);
+}
 
-    if (quad.image.isNull()) {
-        QColor c = toQColor(quad.color);
-        painter.setPen(Qt::NoPen);
-        painter.setBrush(c);
-        painter.drawPolygon(destination);
-        return;
+template <class Paint>
+bool RasterTarget::drawRepeated(const RepeatedDrawCache::Key& key, const Corners& corners, Paint&& paint)
+{
+    const auto paintPicture = [&](QImage& picturePixels, QPoint topLeft) {
+        QPainter painter(&picturePixels);
+        paint(painter, topLeft);
+    };
+    const RepeatedDrawCache::Picture* picture = repeated_.pictureFor(key, pixelBounds(corners, pixelSize()), paintPicture);
+    if (!picture) return false;
+    if (QPainter* painter = painter_.on(pixels())) {
+        prepare(*painter, QPainter::CompositionMode_SourceOver, false, false, 1.0);
+        painter->drawImage(picture->topLeft, picture->pixels);
     }
+    return true;
+}
 
+void RasterTarget::drawFlat(const QuadDraw& quad, const Corners& corners)
+{
+    const QColor color = toQColor(quad.color);
+    if (quad.blend == BlendMode::Over) {
+        const auto paint = [&](QPainter& painter, QPoint topLeft) {
+            // Moved by whole pixels, so the edges cover the same fractions.
+            Corners moved = corners;
+            for (QPointF& p : moved) p -= topLeft;
+            painter.setRenderHint(QPainter::Antialiasing, quad.antialias);
+            painter.setPen(Qt::NoPen);
+            painter.setBrush(color);
+            painter.drawPolygon(moved.data(), int(moved.size()));
+        };
+        if (drawRepeated(repeatedDrawKey(0, corners, quad.color, quad.antialias), corners, paint)) return;
+    }
+    QPainter* painter = painter_.on(pixels());
+    if (!painter) return;
+    prepare(*painter, compositionMode(quad.blend), quad.antialias, quad.antialias, 1.0);
+    painter_.setBrushColor(color);
+    painter->drawPolygon(corners.data(), int(corners.size()));
+}
+
+void RasterTarget::drawImage(const QuadDraw& quad, const Corners& corners)
+{
     qint64 key = 0;
     const QImage source = sourcePixels(quad, &key);
     if (source.isNull()) return;
-    painter.setOpacity(clamp01(quad.color.alpha));
-    const QPolygonF sourceQuad({QPointF(0, source.height()), QPointF(source.width(), source.height()),
-                                QPointF(source.width(), 0), QPointF(0, 0)});
+    const double opacity = clamp01(quad.color.alpha);
+    if (sourceQuad_.size() != 4) {
+        sourceQuad_.resize(4);
+        destinationQuad_.resize(4);
+    }
+    sourceQuad_[0] = QPointF(0, source.height());
+    sourceQuad_[1] = QPointF(source.width(), source.height());
+    sourceQuad_[2] = QPointF(source.width(), 0);
+    sourceQuad_[3] = QPointF(0, 0);
+    for (int i = 0; i < 4; ++i) destinationQuad_[i] = corners[std::size_t(i)];
     QTransform transform;
-    if (!QTransform::quadToQuad(sourceQuad, destination, transform)) return;
+    if (!QTransform::quadToQuad(sourceQuad_, destinationQuad_, transform)) return;
+    const QPainter::CompositionMode mode = compositionMode(quad.blend);
+
     if (transform.type() <= QTransform::TxTranslate && std::abs(transform.dx()) < 1e6 && std::abs(transform.dy()) < 1e6 &&
         isNearlyInteger(transform.dx()) && isNearlyInteger(transform.dy())) {
         // Pixel-exact placement: a plain blit, no resampling.
-        painter.setRenderHint(QPainter::SmoothPixmapTransform, false);
-        painter.drawImage(QPoint(int(std::lround(transform.dx())), int(std::lround(transform.dy()))), source);
+        if (QPainter* painter = painter_.on(pixels())) {
+            prepare(*painter, mode, quad.antialias, false, opacity);
+            painter->drawImage(QPoint(int(std::lround(transform.dx())), int(std::lround(transform.dy()))), source);
+        }
         return;
     }
-    painter.setTransform(transform);
-    painter.drawImage(QPointF(0, 0), source);
+    if (quad.blend == BlendMode::Over) {
+        const auto paint = [&](QPainter& painter, QPoint topLeft) {
+            painter.setRenderHints(QPainter::Antialiasing | QPainter::SmoothPixmapTransform, quad.antialias);
+            painter.setOpacity(opacity);
+            painter.setTransform(transform * QTransform::fromTranslate(-topLeft.x(), -topLeft.y()));
+            painter.drawImage(QPointF(0, 0), source);
+        };
+        const Color white{1, 1, 1, opacity};  // the tint is in the source pixels
+        if (drawRepeated(repeatedDrawKey(key, corners, white, quad.antialias), corners, paint)) return;
+    }
+    QPainter* painter = painter_.on(pixels());
+    if (!painter) return;
+    prepare(*painter, mode, quad.antialias, quad.antialias, opacity);
+    painter->setTransform(transform);
+    painter->drawImage(QPointF(0, 0), source);
 }
 
 Image RasterTarget::snapshot() const
@@ -221,6 +259,11 @@ Image RasterTarget::snapshot() const
 }
 
 std::unique_ptr<RenderTarget> RasterBackend::makeTarget(QSize pixelSize)
+{
+    return makeRasterTarget(pixelSize);
+}
+
+std::unique_ptr<RasterTarget> RasterBackend::makeRasterTarget(QSize pixelSize)
 {
     return std::make_unique<RasterTarget>(pixelSize, &cache_);
 }

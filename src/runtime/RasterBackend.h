@@ -3,36 +3,20 @@
 // ARGB32 images. Used by the tests, the command line and thumbnails.
 
 #include "runtime/Backend.h"
+#include "runtime/DerivedImageCache.h"
+#include "runtime/RepeatedDrawCache.h"
+#include "runtime/TargetPainter.h"
 
 #include <QImage>
+#include <QPolygonF>
 #include <QTransform>
 
-#include <list>
-#include <unordered_map>
+#include <array>
 
 namespace runtime {
 
-// Tinted and masked copies of images, so that a static layer drawn with a
-// colour does not recolour its pixels every frame.
-class DerivedImageCache {
-public:
-    QImage tinted(const Image& image, const Color& color);
-    QImage masked(const QImage& image, qint64 imageKey, const Image& mask);
-    // Multiplies premultiplied pixels by a colour's red, green and blue.
-    static QImage tint(const QImage& image, const Color& color);
-
-private:
-    struct Entry {
-        QImage result;
-        std::uint64_t lastUse = 0;
-    };
-    QImage* find(const QString& key);
-    void store(const QString& key, QImage image);
-
-    std::unordered_map<QString, Entry> entries_;
-    std::uint64_t clock_ = 0;
-};
-
+// Paints with one QPainter kept open between draws (see TargetPainter): the
+// image can be read, copied, replaced or painted on by others between draws.
 class RasterTarget : public RenderTarget {
 public:
     // An offscreen target that owns its pixels, cleared to transparent.
@@ -50,18 +34,30 @@ public:
     const QImage& image() const { return external_ ? *external_ : owned_; }
 
 private:
+    using Corners = std::array<QPointF, 4>;
     QImage& pixels() { return external_ ? *external_ : owned_; }
     QImage sourcePixels(const QuadDraw& quad, qint64* key);
+    bool project(const QuadDraw& quad, Corners& corners) const;
+    void drawFlat(const QuadDraw& quad, const Corners& corners);
+    void drawImage(const QuadDraw& quad, const Corners& corners);
+    // A repeated Source Over draw from its cached picture; false when there
+    // is none (yet) and the draw is to be made directly.
+    template <class Paint>
+    bool drawRepeated(const RepeatedDrawCache::Key& key, const Corners& corners, Paint&& paint);
 
     QImage owned_;
     QImage* external_ = nullptr;
     QTransform view_;
     DerivedImageCache* cache_;
+    RepeatedDrawCache repeated_;
+    QPolygonF sourceQuad_, destinationQuad_;  // kept: QTransform::quadToQuad takes polygons
+    TargetPainter painter_;                   // last: ends before the pixels go
 };
 
 class RasterBackend : public Backend {
 public:
     std::unique_ptr<RenderTarget> makeTarget(QSize pixelSize) override;
+    std::unique_ptr<RasterTarget> makeRasterTarget(QSize pixelSize);
     std::unique_ptr<RasterTarget> wrap(QImage* image, const QTransform& view = {});
 
 private:

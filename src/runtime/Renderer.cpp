@@ -82,8 +82,7 @@ Value Renderer::outputPortValue(const QString& key) const
 
 void Renderer::render(double time, const QVariantMap& arguments)
 {
-    auto target = backend_->wrap(&ownImage());
-    renderInto(time, *target, arguments);
+    renderInto(time, ownTarget(), arguments);
 }
 
 void Renderer::render(double time, QImage& target, const QVariantMap& arguments, const QTransform& view)
@@ -115,24 +114,22 @@ QSize Renderer::size() const
 void Renderer::setSize(QSize size)
 {
     size_ = size.expandedTo(QSize(1, 1));
-    image_ = QImage();
+    ownTarget_.reset();
 }
 
 // Made on first use: a renderer that only ever draws into its caller's
 // target (each component on the canvas) never needs an image of its own, and
 // at 4K that image would be 32 MB a component.
-QImage& Renderer::ownImage() const
+RasterTarget& Renderer::ownTarget() const
 {
-    if (image_.isNull()) {
-        image_ = QImage(size_, QImage::Format_ARGB32_Premultiplied);
-        image_.fill(Qt::transparent);
-    }
-    return image_;
+    if (!ownTarget_) ownTarget_ = backend_->makeRasterTarget(size_);
+    return *ownTarget_;
 }
 
+// Shares the pixels: the next frame paints on a copy while this one is held.
 QImage Renderer::snapshot() const
 {
-    return ownImage();
+    return ownTarget().image();
 }
 
 QVariantMap& Renderer::userInfo()
@@ -246,6 +243,9 @@ int Renderer::disableClearPatches()
 
 Patch* Renderer::nodeAt(const QString& path) const
 {
+    // The canvas sets a component's ports by path several times a repaint:
+    // a plain key is looked up without splitting it into a new list.
+    if (!path.contains(QLatin1Char('/'))) return path.isEmpty() ? nullptr : root_->child(path);
     Patch* node = root_.get();
     for (const QString& key : path.split(QLatin1Char('/'), Qt::SkipEmptyParts)) {
         MacroPatch* macro = node ? node->asMacro() : nullptr;

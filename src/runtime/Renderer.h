@@ -19,6 +19,7 @@ class ExecutionContext;
 class MacroPatch;
 class Patch;
 class RasterBackend;
+class RasterTarget;
 class RendererServices;
 class RenderTarget;
 
@@ -97,10 +98,12 @@ private:
     std::unique_ptr<RasterBackend> backend_;
     std::unique_ptr<ExecutionContext> context_;
     std::unique_ptr<MacroPatch> root_;
-    QImage& ownImage() const;
+    RasterTarget& ownTarget() const;
 
     QSize size_;
-    mutable QImage image_;
+    // The renderer's own image, made on first use and kept, painter and
+    // all, from frame to frame.
+    mutable std::unique_ptr<RasterTarget> ownTarget_;
 };
 
 }  // namespace runtime

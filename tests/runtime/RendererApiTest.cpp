@@ -101,6 +101,40 @@ TEST(RendererApi, InputsOutputsUserInfoAndSize)
     EXPECT_EQ(renderer.composition().input("inputWidth")->defaultValue.toInt(), 16);
 }
 
+// The renderer keeps its image, and the painter on it, from frame to frame.
+TEST(RendererApi, FramesHandedOutStayAsTheyWere)
+{
+    Node sprite("QCSprite", "Sprite_1");
+    sprite.input("inputWidth", 0.5).input("inputHeight", 0.5).input("inputRZ", 30.0);
+    Node r = test::root();
+    r.child(Node("QCClear", "Clear_1").input("inputColor", test::colorValue(0, 0, 1)));
+    r.child(sprite).publishInput("X", "Sprite_1", "inputX");
+    runtime::Renderer renderer(test::load(r), QSize(64, 48));
+    const auto frameAt = [&](double x) {
+        renderer.setInputValue("X", x);
+        renderer.render(0);
+        return renderer.snapshot();
+    };
+    const QImage left = frameAt(-0.5);
+    const QImage leftAgain = frameAt(-0.5);  // the sprite drawn from its cached picture
+    const QImage right = frameAt(0.5);
+    EXPECT_EQ(left, leftAgain);
+    EXPECT_NE(left.cacheKey(), leftAgain.cacheKey()) << "each frame is a new picture";
+    EXPECT_EQ(left.pixel(16, 24), qRgb(255, 255, 255));
+    EXPECT_EQ(left.pixel(48, 24), qRgb(0, 0, 255)) << "not drawn over by the later frame";
+    EXPECT_EQ(right.pixel(48, 24), qRgb(255, 255, 255));
+    EXPECT_EQ(right.pixel(16, 24), qRgb(0, 0, 255));
+
+    // Resized: a new image, drawn as a renderer of that size draws it.
+    renderer.setSize(QSize(128, 96));
+    const QImage large = frameAt(0.5);
+    runtime::Renderer fresh(test::load(r), QSize(128, 96));
+    fresh.setInputValue("X", 0.5);
+    fresh.render(0);
+    EXPECT_EQ(large, fresh.snapshot());
+    EXPECT_EQ(right.size(), QSize(64, 48));
+}
+
 TEST(RendererApi, NodePathsReachIntoMacros)
 {
     Node macro("QCPatch", "Patch_1");

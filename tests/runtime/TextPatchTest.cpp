@@ -101,6 +101,32 @@ TEST(TextImagePatch, EmptyTextGivesNoImage)
     EXPECT_EQ(p.renderer->outputValue("outputWidth").toDouble(), 0.0);
 }
 
+// The patch draws each string on a scratch image it keeps, with the font
+// and layouts of the last one: nothing of an earlier string may remain.
+TEST(TextImagePatch, ARetypedStringLooksAsIfTypedFirst)
+{
+    const auto typedFirst = [](const QString& text, double glyphSize) {
+        TextProbe p(textNode(true).input("inputGlyphSize", glyphSize));
+        p.renderer->setInputValue("String", text);
+        p.renderer->render(0);
+        return p.image();
+    };
+    TextProbe retyped(textNode(true).input("inputGlyphSize", 20.0));
+    const struct {
+        const char* text;
+        double glyphSize;
+    } steps[] = {{"a long first line of text", 20}, {"ab", 20}, {"three\nshort\nlines", 20}, {"x", 20},
+                 {"bigger", 31}, {"ab", 12}};
+    for (const auto& step : steps) {
+        retyped.renderer->setInputValue("String", step.text);
+        retyped.renderer->setNodeInputValue("TextImage_1", "inputGlyphSize", step.glyphSize);
+        retyped.renderer->render(0);
+        const QImage expected = typedFirst(step.text, step.glyphSize);
+        ASSERT_FALSE(expected.isNull());
+        EXPECT_EQ(retyped.image(), expected) << step.text;
+    }
+}
+
 QString formatted(const char* className, const char* format, const char* inputPort, const QVariant& value, const char* output = "outputString")
 {
     Node n(className, "Format_1");

@@ -4,15 +4,12 @@
 // it, glyph size, width and height are in pixels.
 
 #include "runtime/ExecutionContext.h"
-#include "runtime/FontResolver.h"
 #include "runtime/patches/PatchFamilies.h"
-
-#include <QFontMetricsF>
-#include <QPainter>
-#include <QTextLayout>
+#include "runtime/patches/TextRasterizer.h"
 
 #include <algorithm>
 #include <cmath>
+#include <memory>
 
 namespace runtime {
 
@@ -77,58 +74,21 @@ public:
             setOutput(*glyphs_, 0);
             return;
         }
-        QFont font = resolveFont(string(fontName_)).font;
-        font.setPixelSize(std::max(1, int(std::lround(glyphPixels))));
-        font.setLetterSpacing(QFont::AbsoluteSpacing, number(kerning_) * scale);
-        const double boxWidth = std::clamp(number(width_) * scale, 0.0, double(kMaxSide));
-        const double boxHeight = std::clamp(number(height_) * scale, 0.0, double(kMaxSide));
-
-        const QFontMetricsF metrics(font);
-        const double lineHeight = metrics.height() + number(leading_) * scale;
-        std::vector<std::unique_ptr<QTextLayout>> paragraphs;
-        double y = 0, widest = 0;
-        int lineCount = 0;
-        for (const QString& paragraph : text.split(QLatin1Char('\n'))) {
-            auto layout = std::make_unique<QTextLayout>(paragraph, font);
-            QTextOption option;
-            option.setWrapMode(boxWidth > 0 ? QTextOption::WrapAtWordBoundaryOrAnywhere : QTextOption::NoWrap);
-            layout->setTextOption(option);
-            layout->beginLayout();
-            for (QTextLine line = layout->createLine(); line.isValid(); line = layout->createLine()) {
-                // Without a box the line is as long as the paragraph.
-                line.setLineWidth(boxWidth > 0 ? boxWidth : 1e6);
-                line.setPosition(QPointF(0, y));
-                y += lineHeight;
-                widest = std::max(widest, line.naturalTextWidth());
-                ++lineCount;
-                if (lineCount > 10000) break;
-            }
-            layout->endLayout();
-            paragraphs.push_back(std::move(layout));
-        }
-        const double textHeight = y;
-        const int w = std::clamp(int(std::ceil(boxWidth > 0 ? boxWidth : widest)), 1, kMaxSide);
-        const int h = std::clamp(int(std::ceil(boxHeight > 0 ? boxHeight : textHeight)), 1, kMaxSide);
-
-        QImage pixels(w, h, QImage::Format_ARGB32_Premultiplied);
-        pixels.fill(Qt::transparent);
-        QPainter painter(&pixels);
-        painter.setRenderHint(QPainter::TextAntialiasing);
-        painter.setPen(Qt::white);
-        double top = 0;
-        if (alignment_ & Qt::AlignVCenter) top = (h - textHeight) / 2;
-        else if (alignment_ & Qt::AlignBottom) top = h - textHeight;
-        for (const auto& layout : paragraphs) {
-            for (int i = 0; i < layout->lineCount(); ++i) {
-                QTextLine line = layout->lineAt(i);
-                double left = 0;
-                if (alignment_ & Qt::AlignHCenter) left = (w - line.naturalTextWidth()) / 2;
-                else if (alignment_ & Qt::AlignRight) left = w - line.naturalTextWidth();
-                line.draw(&painter, QPointF(left - line.position().x(), top));
-            }
-        }
-        painter.end();
-        setOutput(*image_, Image::fromRaster(std::move(pixels)));
+        TextBox box;
+        box.fontName = string(fontName_);
+        box.pixelSize = std::max(1, int(std::lround(glyphPixels)));
+        box.kerning = number(kerning_) * scale;
+        box.leading = number(leading_) * scale;
+        box.width = std::clamp(number(width_) * scale, 0.0, double(kMaxSide));
+        box.height = std::clamp(number(height_) * scale, 0.0, double(kMaxSide));
+        box.alignment = alignment_;
+        box.maxSide = kMaxSide;
+        // Made on first use: loading builds every patch, and most never draw.
+        if (!rasterizer_) rasterizer_ = std::make_unique<TextRasterizer>();
+        RenderedText rendered = rasterizer_->render(text, box);
+        const int w = rendered.pixels.width(), h = rendered.pixels.height();
+        const int lineCount = rendered.lineCount;
+        setOutput(*image_, Image::fromRaster(std::move(rendered.pixels)));
         setOutput(*outWidth_, w / pixelsPerUnit);
         setOutput(*outHeight_, h / pixelsPerUnit);
         setOutput(*lines_, lineCount);
@@ -152,6 +112,7 @@ private:
     OutputPort* glyphs_;
     int lastDestinationWidth_ = 0;
     bool rendered_ = false;
+    std::unique_ptr<TextRasterizer> rasterizer_;
 };
 
 }  // namespace
