@@ -69,26 +69,19 @@ TEST(StoreFileTextRuns, NothingIsCutWherePositionsCouldBeWrongOrNothingIsGained)
 TEST(StoreFileTextRuns, ARunNotTakenBackIsNoticed)
 {
     const QByteArray document = kDeclaration + "<s><a>" + base64Run(600) + "</a><b>" + base64Run(700) + "</b></s>";
-    {
+    // Reads the document taking back only the run after <element>.
+    const auto allTakenReadingOnly = [&](QLatin1String element) {
         StoreFileTextRuns runs(document);
         QXmlStreamReader xml(runs.xml());
         while (!xml.atEnd()) {
-            if (xml.readNext() == QXmlStreamReader::StartElement && xml.name() == QLatin1String("b")) {
+            if (xml.readNext() == QXmlStreamReader::StartElement && xml.name() == element) {
                 EXPECT_FALSE(runs.take(xml.characterOffset()).isEmpty());
             }
         }
-        EXPECT_FALSE(runs.allTaken()) << "the run of <a> was passed by";
-    }
-    {
-        StoreFileTextRuns runs(document);
-        QXmlStreamReader xml(runs.xml());
-        while (!xml.atEnd()) {
-            if (xml.readNext() == QXmlStreamReader::StartElement && xml.name() == QLatin1String("a")) {
-                EXPECT_FALSE(runs.take(xml.characterOffset()).isEmpty());
-            }
-        }
-        EXPECT_FALSE(runs.allTaken()) << "the run of <b> was never asked for";
-    }
+        return runs.allTaken();
+    };
+    EXPECT_FALSE(allTakenReadingOnly(QLatin1String("b"))) << "the run of <a> was passed by";
+    EXPECT_FALSE(allTakenReadingOnly(QLatin1String("a"))) << "the run of <b> was never asked for";
 }
 
 TEST(StoreFileTextRuns, IdenticalRunsDecodeOnceAndDifferentRunsNeverMix)
