@@ -117,7 +117,7 @@ bool ArchiveReader::readDataBody(Node& node)
     const std::string& owner = node.chain->front().name;
     std::int64_t length = 0;
     if (!expectGroup("i", owner) || !readCount(length, "data length")) return false;
-    if (!expectGroup("[" + std::to_string(length) + "c]", owner)) return false;
+    if (!expectGroup(byteArrayEncoding(static_cast<std::size_t>(length)), owner)) return false;
     const char* bytes = nullptr;
     if (!take(static_cast<std::size_t>(length), bytes)) return false;
     node.text.assign(bytes, static_cast<std::size_t>(length));

@@ -141,6 +141,16 @@ std::optional<TypeEncoding> parseTypeEncoding(std::string_view encoding, std::st
     return EncodingParser(encoding, error).parse();
 }
 
+std::string byteArrayEncoding(std::size_t length)
+{
+    // Appended piece by piece: GCC 12 warns falsely (-Wrestrict) about
+    // "literal" + std::string at -O3.
+    std::string encoding = "[";
+    encoding += std::to_string(length);
+    encoding += "c]";
+    return encoding;
+}
+
 std::optional<TypeKind> numberKindFor(char objcType)
 {
     const auto index = kNumberTypes.find(objcType);

@@ -47,6 +47,8 @@ constexpr bool isRawByteKind(TypeKind kind)
 {
     return kind == TypeKind::Char || kind == TypeKind::UnsignedChar || kind == TypeKind::Bool;
 }
+// The group label of a data object's bytes: "[Nc]".
+std::string byteArrayEncoding(std::size_t length);
 std::optional<TypeKind> numberKindFor(char objcType);
 char objcTypeFor(TypeKind numberKind);
 // The value as the type holds it: truncated and clamped for integers,

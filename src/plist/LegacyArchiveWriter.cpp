@@ -228,7 +228,7 @@ private:
         case ObjectKind::Data:
             writeSharedString("i");
             writeInteger(static_cast<std::int64_t>(node.text.size()));
-            writeSharedString("[" + std::to_string(node.text.size()) + "c]");
+            writeSharedString(byteArrayEncoding(node.text.size()));
             out_ += node.text;
             return;
         case ObjectKind::Opaque:

@@ -20,10 +20,12 @@ void append(std::string& out, const Value& v, std::size_t maxLength)
         if (v.isSinglePrecision()) out += "f";
         break;
     }
-    case Type::String: out += '"' + v.string() + '"'; break;
-    case Type::Data: out += "<" + std::to_string(v.dataBytes().size()) + " bytes>"; break;
-    case Type::Date: out += "date(" + std::to_string(v.dateValue()) + ")"; break;
-    case Type::Uid: out += "uid(" + std::to_string(v.uidValue()) + ")"; break;
+    // Appended piece by piece: GCC 12 warns falsely (-Wrestrict) about
+    // "literal" + std::string at -O3.
+    case Type::String: out.append(1, '"').append(v.string()).append(1, '"'); break;
+    case Type::Data: out.append("<").append(std::to_string(v.dataBytes().size())).append(" bytes>"); break;
+    case Type::Date: out.append("date(").append(std::to_string(v.dateValue())).append(")"); break;
+    case Type::Uid: out.append("uid(").append(std::to_string(v.uidValue())).append(")"); break;
     case Type::Array: {
         out += '[';
         bool first = true;
