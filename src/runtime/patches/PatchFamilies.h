@@ -15,6 +15,7 @@ void registerTimePatches(PatchRegistry& registry);       // Patch Time, LFO, Int
 void registerTextPatches(PatchRegistry& registry);       // Image With String, string patches, formatters
 void registerImagePatches(PatchRegistry& registry);      // Image Importer, Dimensions, Screen Info, Video Input
 void registerImageFilterPatches(PatchRegistry& registry);  // QCImageFilter (Core Image filters)
+void registerImageKernelPatches(PatchRegistry& registry);  // QCImageKernel (Core Image kernels)
 void registerStructurePatches(PatchRegistry& registry);  // Structure Member / Count
 void registerPlugInPatches(PatchRegistry& registry);     // QCPlugInPatch: our two plug-ins
 void registerScriptPatches(PatchRegistry& registry);     // JavaScript
@@ -33,6 +34,7 @@ inline void registerAllPatches(PatchRegistry& registry)
     registerTextPatches(registry);
     registerImagePatches(registry);
     registerImageFilterPatches(registry);
+    registerImageKernelPatches(registry);
     registerStructurePatches(registry);
     registerPlugInPatches(registry);
     registerScriptPatches(registry);
