@@ -91,6 +91,43 @@ TEST(KernelLanguage, ControlFlowAndFunctions)
     EXPECT_EQ(image.pixel(2, 0), qRgba(255, 255, 255, 255));
 }
 
+// Pixels of one block that take different paths: each gets its own result.
+TEST(KernelLanguage, PixelsFollowTheirOwnPaths)
+{
+    const auto program = compiled(R"(
+        float firstSquareAbove(float limit) {
+            for (int i = 0; i < 100; i++) {
+                if (float(i * i) > limit) return float(i);
+            }
+            return -1.0;
+        }
+        kernel vec4 k() {
+            float x = floor(destCoord().x);
+            float n = 0.0;
+            for (int i = 0; i < 64; i++) {
+                if (float(i) >= x) break;
+                if (mod(float(i), 2.0) == 1.0) continue;
+                n += 1.0;
+            }
+            if (x == 5.0) return vec4(1.0, 0.0, 0.0, 1.0);
+            float r = x > 20.0 ? firstSquareAbove(x) : 0.0;
+            return vec4(n / 255.0, r / 255.0, 0.0, 1.0);
+        })");
+    ASSERT_TRUE(program);
+    const QImage image = run(*program, QRect(0, 0, 70, 1));  // more than two blocks
+    for (int x = 0; x < 70; ++x) {
+        if (x == 5) {
+            EXPECT_EQ(image.pixel(x, 0), qRgb(255, 0, 0));
+            continue;
+        }
+        const int evens = std::min((x + 1) / 2, 32);  // even numbers below x and 64
+        int square = 0;
+        if (x > 20)
+            while (square * square <= x) ++square;
+        EXPECT_EQ(image.pixel(x, 0), qRgb(evens, square, 0)) << "x = " << x;
+    }
+}
+
 TEST(KernelLanguage, BuiltInsMatchTheirDefinitions)
 {
     EXPECT_TRUE(holds("float m = mod(-1.0, 3.0);", "m == 2.0"));
@@ -116,6 +153,21 @@ TEST(KernelLanguage, DestinationCoordinatesArePixelCentresInImageSpace)
     EXPECT_EQ(qGreen(image.pixel(0, 0)), 191);  // top row: y = 7.5
     EXPECT_EQ(qGreen(image.pixel(0, 2)), 140);  // bottom row: y = 5.5
     EXPECT_EQ(qRed(image.pixel(1, 0)), 89);     // x = 3.5
+}
+
+TEST(KernelLanguage, LargeRegionsSplitIntoBandsLoseNoRow)
+{
+    const auto program = compiled(
+        "kernel vec4 k() { vec2 p = floor(destCoord()); return vec4(mod(p.x, 256.0) / 255.0, mod(p.y, 256.0) / 255.0, 0.0, 1.0); }");
+    const QRect region(-10, 3, 400, 300);  // large enough for a band per core
+    const QImage image = run(*program, region);
+    int wrong = 0;
+    for (int row = 0; row < region.height(); ++row)
+        for (int column = 0; column < region.width(); ++column) {
+            const int x = region.x() + column, y = region.y() + region.height() - 1 - row;
+            wrong += image.pixel(column, row) != qRgb((x + 256) % 256, y % 256, 0);
+        }
+    EXPECT_EQ(wrong, 0);
 }
 
 TEST(KernelLanguage, ResultsStayValidPremultipliedPixels)
@@ -157,8 +209,11 @@ TEST(KernelLanguage, BadSourcesFailWithTheLine)
     EXPECT_TRUE(compileError("#define X 1\nkernel vec4 k() { return vec4(1.0); }").contains("preprocessor"));
     EXPECT_TRUE(compileError("").contains("no kernel function"));
     // Absurd nesting is an error, not a stack overflow.
-    EXPECT_TRUE(compileError("kernel vec4 k() { return vec4(" + QString(100000, '(') + "1.0" + QString(100000, ')') + "); }")
+    EXPECT_TRUE(compileError("kernel vec4 k() { return vec4(" + QString(5000, '(') + "1.0" + QString(5000, ')') + "); }")
                     .contains("nesting too deep"));
+    // Every node holds a block of values: an endless source is refused.
+    EXPECT_EQ(compileError("kernel vec4 k() { float x = 0.0" + QString(" + 1.0").repeated(20000) + "; return vec4(x); }"),
+              QStringLiteral("the kernel is too long"));
 }
 
 TEST(KernelLanguage, EndlessLoopsAreStopped)

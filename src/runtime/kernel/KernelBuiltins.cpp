@@ -73,24 +73,24 @@ float dotOf(const Vec& a, const Vec& b)
 }
 
 template <int N>
-Vec lengthFn(Frame&, const Vec* a)
+Vec lengthFn(Frame&, int, const Vec* a)
 {
     return Vec::splat(std::sqrt(dotOf<N>(a[0], a[0])));
 }
 template <int N>
-Vec distanceFn(Frame&, const Vec* a)
+Vec distanceFn(Frame&, int, const Vec* a)
 {
     Vec d;
     for (int i = 0; i < N; ++i) d.v[i] = a[0].v[i] - a[1].v[i];
     return Vec::splat(std::sqrt(dotOf<N>(d, d)));
 }
 template <int N>
-Vec dotFn(Frame&, const Vec* a)
+Vec dotFn(Frame&, int, const Vec* a)
 {
     return Vec::splat(dotOf<N>(a[0], a[1]));
 }
 template <int N>
-Vec normalizeFn(Frame&, const Vec* a)
+Vec normalizeFn(Frame&, int, const Vec* a)
 {
     const float length = std::sqrt(dotOf<N>(a[0], a[0]));
     Vec out;
@@ -99,14 +99,14 @@ Vec normalizeFn(Frame&, const Vec* a)
 }
 // reflect(I, N) = I - 2 dot(N, I) N
 template <int N>
-Vec reflectFn(Frame&, const Vec* a)
+Vec reflectFn(Frame&, int, const Vec* a)
 {
     const float d = 2 * dotOf<N>(a[1], a[0]);
     Vec out;
     for (int i = 0; i < 4; ++i) out.v[i] = a[0].v[i] - d * a[1].v[i];
     return out;
 }
-Vec crossFn(Frame&, const Vec* a)
+Vec crossFn(Frame&, int, const Vec* a)
 {
     const Vec& x = a[0];
     const Vec& y = a[1];
@@ -115,42 +115,74 @@ Vec crossFn(Frame&, const Vec* a)
 
 const Sampler& samplerOf(Frame& frame, const Vec& index) { return frame.samplers[int(index.v[0])]; }
 
-Vec sampleFn(Frame& frame, const Vec* a) { return samplerOf(frame, a[0]).sample(a[1].v[0], a[1].v[1]); }
-Vec samplerCoordFn(Frame& frame, const Vec* a)
-{
-    const Sampler& s = samplerOf(frame, a[0]);
-    return {{frame.destCoord.v[0] - s.spaceOriginX(), frame.destCoord.v[1] - s.spaceOriginY(), 0, 0}};
-}
-Vec samplerTransformFn(Frame& frame, const Vec* a)
+// sample() and samplerCoord() are in nearly every kernel: they get nodes of
+// their own rather than the general per-pixel call.
+class Sample : public Computing {
+public:
+    Sample(ExprPtr sampler, ExprPtr coordinate) : Computing(Type::Vec4), sampler_(std::move(sampler)), coordinate_(std::move(coordinate)) {}
+    const Lanes& eval(Frame& frame) const override
+    {
+        const float* index = sampler_->eval(frame).v[0];
+        const Lanes& at = coordinate_->eval(frame);
+        for (int p = 0; p < kBlock; ++p) {
+            const Vec c = frame.samplers[int(index[p])].sample(at.v[0][p], at.v[1][p]);
+            for (int l = 0; l < 4; ++l) out_.v[l][p] = c.v[l];
+        }
+        return out_;
+    }
+
+private:
+    ExprPtr sampler_, coordinate_;
+};
+
+class SamplerCoord : public Computing {
+public:
+    explicit SamplerCoord(ExprPtr sampler) : Computing(Type::Vec2), sampler_(std::move(sampler)) {}
+    const Lanes& eval(Frame& frame) const override
+    {
+        const float* index = sampler_->eval(frame).v[0];
+        for (int p = 0; p < kBlock; ++p) {
+            const Sampler& s = frame.samplers[int(index[p])];
+            out_.v[0][p] = frame.destCoord.v[0][p] - s.spaceOriginX();
+            out_.v[1][p] = frame.destCoord.v[1][p] - s.spaceOriginY();
+        }
+        return out_;
+    }
+
+private:
+    ExprPtr sampler_;
+};
+
+Vec samplerTransformFn(Frame& frame, int, const Vec* a)
 {
     const Sampler& s = samplerOf(frame, a[0]);
     return {{a[1].v[0] - s.spaceOriginX(), a[1].v[1] - s.spaceOriginY(), 0, 0}};
 }
-Vec samplerExtentFn(Frame& frame, const Vec* a) { return samplerOf(frame, a[0]).extent(); }
-Vec samplerOriginFn(Frame& frame, const Vec* a)
+Vec samplerExtentFn(Frame& frame, int, const Vec* a) { return samplerOf(frame, a[0]).extent(); }
+Vec samplerOriginFn(Frame& frame, int, const Vec* a)
 {
     const Vec e = samplerOf(frame, a[0]).extent();
     return {{e.v[0], e.v[1], 0, 0}};
 }
-Vec samplerSizeFn(Frame& frame, const Vec* a)
+Vec samplerSizeFn(Frame& frame, int, const Vec* a)
 {
     const Vec e = samplerOf(frame, a[0]).extent();
     return {{e.v[2], e.v[3], 0, 0}};
 }
-Vec destCoordFn(Frame& frame, const Vec*) { return frame.destCoord; }
-Vec premultiplyFn(Frame&, const Vec* a)
+Vec destCoordFn(Frame& frame, int pixel, const Vec*) { return {{frame.destCoord.v[0][pixel], frame.destCoord.v[1][pixel], 0, 0}}; }
+Vec premultiplyFn(Frame&, int, const Vec* a)
 {
     const Vec& c = a[0];
     return {{c.v[0] * c.v[3], c.v[1] * c.v[3], c.v[2] * c.v[3], c.v[3]}};
 }
-Vec unpremultiplyFn(Frame&, const Vec* a)
+Vec unpremultiplyFn(Frame&, int, const Vec* a)
 {
     const Vec& c = a[0];
     if (!(c.v[3] > 0)) return {};
     return {{c.v[0] / c.v[3], c.v[1] / c.v[3], c.v[2] / c.v[3], c.v[3]}};
 }
-Vec sinCosFn(Frame&, const Vec* a) { return {{std::sin(a[0].v[0]), std::cos(a[0].v[0]), 0, 0}}; }
-Vec cosSinFn(Frame&, const Vec* a) { return {{std::cos(a[0].v[0]), std::sin(a[0].v[0]), 0, 0}}; }
+Vec sinCosFn(Frame&, int, const Vec* a) { return {{std::sin(a[0].v[0]), std::cos(a[0].v[0]), 0, 0}}; }
+Vec cosSinFn(Frame&, int, const Vec* a) { return {{std::cos(a[0].v[0]), std::sin(a[0].v[0]), 0, 0}}; }
 
 [[noreturn]] void fail(const QString& message) { throw message; }
 
@@ -290,7 +322,7 @@ const QHash<QString, Builder>& builders()
              expectCount(n, a, 2);
              expectType(n, a[0], Type::Sampler);
              expectType(n, a[1], Type::Vec2);
-             return computed(Type::Vec4, sampleFn, a);
+             return std::make_unique<Sample>(std::move(a[0]), std::move(a[1]));
          }},
         {QStringLiteral("samplerTransform"),
          [](const QString& n, std::vector<ExprPtr>& a) {
@@ -300,7 +332,11 @@ const QHash<QString, Builder>& builders()
              return computed(Type::Vec2, samplerTransformFn, a);
          }},
         {QStringLiteral("samplerCoord"),
-         [](const QString& n, std::vector<ExprPtr>& a) { return samplerQuery(n, a, Type::Vec2, samplerCoordFn); }},
+         [](const QString& n, std::vector<ExprPtr>& a) {
+             expectCount(n, a, 1);
+             expectType(n, a[0], Type::Sampler);
+             return std::make_unique<SamplerCoord>(std::move(a[0]));
+         }},
         {QStringLiteral("samplerExtent"),
          [](const QString& n, std::vector<ExprPtr>& a) { return samplerQuery(n, a, Type::Vec4, samplerExtentFn); }},
         {QStringLiteral("samplerOrigin"),

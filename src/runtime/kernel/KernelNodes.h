@@ -1,65 +1,153 @@
 #pragma once
-// The executable tree a kernel compiles to. Variables live in numbered
-// slots of a frame; functions cannot recurse, so each has slots of its own
-// and a call needs no stack.
+// The executable tree a kernel compiles to. It runs a block of pixels at a
+// time: every value holds kBlock pixels of up to four lanes, so walking the
+// tree costs once per block rather than once per pixel, and the lane loops
+// vectorise. Pixels that take different paths through an if or a loop are
+// handled with masks: a store only changes the pixels of the current mask.
+//
+// Each node keeps its own result buffer, so a program runs on one thread at
+// a time. Variables live in numbered slots of a frame; functions cannot
+// recurse, so each has slots of its own and a call needs no stack.
 
 #include "runtime/kernel/KernelSampler.h"
 #include "runtime/kernel/KernelValue.h"
 
 #include <cmath>
+#include <cstring>
 #include <memory>
 #include <vector>
 
 namespace runtime::kernel {
 
+constexpr int kBlock = 32;
+
+// Lane l of pixel p is v[l][p]. A value of type T uses lanes below
+// laneCount(T): scalars (float, int, bool) only lane 0.
+struct alignas(32) Lanes {
+    float v[4][kBlock];
+};
+
+struct Mask {
+    std::uint8_t on[kBlock];
+
+    static Mask none()
+    {
+        Mask m;
+        std::memset(m.on, 0, sizeof m.on);
+        return m;
+    }
+    bool all() const
+    {
+        unsigned r = 1;
+        for (int p = 0; p < kBlock; ++p) r &= on[p];
+        return r != 0;
+    }
+    bool any() const
+    {
+        unsigned r = 0;
+        for (int p = 0; p < kBlock; ++p) r |= on[p];
+        return r != 0;
+    }
+    // The pixels of this mask where lane 0 of `condition` is true (or false).
+    Mask where(const Lanes& condition, bool truth) const
+    {
+        Mask m;
+        for (int p = 0; p < kBlock; ++p) m.on[p] = on[p] & ((condition.v[0][p] != 0) == truth);
+        return m;
+    }
+    void remove(const Mask& other)
+    {
+        for (int p = 0; p < kBlock; ++p) on[p] &= ~other.on[p];
+    }
+    void add(const Mask& other)
+    {
+        for (int p = 0; p < kBlock; ++p) on[p] |= other.on[p];
+    }
+};
+
 struct Frame {
-    Vec* slots = nullptr;
+    Lanes* slots = nullptr;
     const Sampler* samplers = nullptr;
-    Vec destCoord;
-    Vec result;
-    // Loop iterations left for this pixel; a kernel that loops longer is
+    Lanes destCoord;
+    Mask mask;  // the pixels an expression's stores affect
+    // Pixels that left the current function, or broke out of / continued
+    // the innermost loop.
+    Mask* returned = nullptr;
+    Mask* broken = nullptr;
+    Mask* continued = nullptr;
+    Lanes* result = nullptr;  // the current function's return values
+    // Loop rounds left for this block; a kernel that loops longer is
     // stopped rather than allowed to hang rendering.
     int loopBudget = 0;
     bool exhausted = false;
+
+    // Drops from `m` the pixels that no longer run the following statements.
+    void narrow(Mask& m) const
+    {
+        for (int p = 0; p < kBlock; ++p) m.on[p] &= ~(returned->on[p] | broken->on[p] | continued->on[p]);
+    }
 };
+
+// Copies `lanes` lanes of the pixels in `mask`.
+inline void storeMasked(Lanes& to, const Lanes& from, int lanes, const Mask& mask)
+{
+    if (mask.all()) {
+        std::memmove(to.v, from.v, sizeof to.v[0] * std::size_t(lanes));  // x = x is allowed
+        return;
+    }
+    for (int l = 0; l < lanes; ++l)
+        for (int p = 0; p < kBlock; ++p) to.v[l][p] = mask.on[p] ? from.v[l][p] : to.v[l][p];
+}
 
 class Expr {
 public:
     explicit Expr(Type type) : type_(type) {}
     virtual ~Expr() = default;
     Type type() const { return type_; }
-    virtual Vec eval(Frame& frame) const = 0;
+    int lanes() const { return laneCount(type_); }
+    virtual const Lanes& eval(Frame& frame) const = 0;
 
 private:
     Type type_;
 };
 using ExprPtr = std::unique_ptr<Expr>;
 
-// Something that can be assigned: a variable, some of its lanes, or one
-// lane picked by an index.
-class LValue : public Expr {
+// An expression with a result buffer of its own.
+class Computing : public Expr {
 public:
     using Expr::Expr;
-    virtual void store(Frame& frame, const Vec& value) const = 0;
-    // The variable written to.
-    virtual int slot() const = 0;
+
+protected:
+    mutable Lanes out_{};
 };
 
-enum class Flow { Next, Break, Continue, Return };
+// Something that can be assigned: a variable, some of its lanes, or one
+// lane picked by an index.
+class LValue : public Computing {
+public:
+    using Computing::Computing;
+    virtual void store(Frame& frame, const Lanes& value) const = 0;
+    virtual int slot() const = 0;  // the variable written to
+};
 
 class Stmt {
 public:
     virtual ~Stmt() = default;
-    virtual Flow exec(Frame& frame) const = 0;
+    // Runs for the pixels of `active`.
+    virtual void exec(Frame& frame, const Mask& active) const = 0;
 };
 using StmtPtr = std::unique_ptr<Stmt>;
 
 // --- Expressions -----------------------------------------------------------
 
-class Constant : public Expr {
+class Constant : public Computing {
 public:
-    Constant(Type type, Vec value) : Expr(type), value_(value) {}
-    Vec eval(Frame&) const override { return value_; }
+    Constant(Type type, Vec value) : Computing(type), value_(value)
+    {
+        for (int l = 0; l < 4; ++l)
+            for (int p = 0; p < kBlock; ++p) out_.v[l][p] = value.v[l];
+    }
+    const Lanes& eval(Frame&) const override { return out_; }
     const Vec& value() const { return value_; }
 
 private:
@@ -69,34 +157,32 @@ private:
 class Variable : public LValue {
 public:
     Variable(Type type, int slot) : LValue(type), slot_(slot) {}
-    Vec eval(Frame& frame) const override { return frame.slots[slot_]; }
-    void store(Frame& frame, const Vec& value) const override { frame.slots[slot_] = value; }
+    const Lanes& eval(Frame& frame) const override { return frame.slots[slot_]; }
+    void store(Frame& frame, const Lanes& value) const override { storeMasked(frame.slots[slot_], value, lanes(), frame.mask); }
     int slot() const override { return slot_; }
 
 private:
     int slot_;
 };
 
-// Lanes of a variable by name (.xy, .rgba) or constant index. A single lane
-// reads as a scalar, spread over all four lanes.
+// Lanes of a variable by name (.xy, .rgba) or constant index.
 class Swizzle : public LValue {
 public:
     Swizzle(Type type, int slot, const int lanes[4], int count) : LValue(type), slot_(slot), count_(count)
     {
         for (int i = 0; i < 4; ++i) lanes_[i] = lanes[i];
     }
-    Vec eval(Frame& frame) const override
+    const Lanes& eval(Frame& frame) const override
     {
-        const Vec& s = frame.slots[slot_];
-        if (count_ == 1) return Vec::splat(s.v[lanes_[0]]);
-        Vec out;
-        for (int i = 0; i < count_; ++i) out.v[i] = s.v[lanes_[i]];
-        return out;
+        const Lanes& s = frame.slots[slot_];
+        for (int i = 0; i < count_; ++i) std::memcpy(out_.v[i], s.v[lanes_[i]], sizeof out_.v[i]);
+        return out_;
     }
-    void store(Frame& frame, const Vec& value) const override
+    void store(Frame& frame, const Lanes& value) const override
     {
-        Vec& s = frame.slots[slot_];
-        for (int i = 0; i < count_; ++i) s.v[lanes_[i]] = value.v[i];
+        Lanes& s = frame.slots[slot_];
+        for (int i = 0; i < count_; ++i)
+            for (int p = 0; p < kBlock; ++p) s.v[lanes_[i]][p] = frame.mask.on[p] ? value.v[i][p] : s.v[lanes_[i]][p];
     }
     int slot() const override { return slot_; }
 
@@ -107,19 +193,17 @@ private:
 };
 
 // Lanes of a value that is not a variable, e.g. sample(...).rgb.
-class RvalueSwizzle : public Expr {
+class RvalueSwizzle : public Computing {
 public:
-    RvalueSwizzle(Type type, ExprPtr base, const int lanes[4], int count) : Expr(type), base_(std::move(base)), count_(count)
+    RvalueSwizzle(Type type, ExprPtr base, const int lanes[4], int count) : Computing(type), base_(std::move(base)), count_(count)
     {
         for (int i = 0; i < 4; ++i) lanes_[i] = lanes[i];
     }
-    Vec eval(Frame& frame) const override
+    const Lanes& eval(Frame& frame) const override
     {
-        const Vec s = base_->eval(frame);
-        if (count_ == 1) return Vec::splat(s.v[lanes_[0]]);
-        Vec out;
-        for (int i = 0; i < count_; ++i) out.v[i] = s.v[lanes_[i]];
-        return out;
+        const Lanes& s = base_->eval(frame);
+        for (int i = 0; i < count_; ++i) std::memcpy(out_.v[i], s.v[lanes_[i]], sizeof out_.v[i]);
+        return out_;
     }
 
 private:
@@ -133,31 +217,44 @@ private:
 class DynamicIndex : public LValue {
 public:
     DynamicIndex(int slot, int lanes, ExprPtr index) : LValue(Type::Float), slot_(slot), lanes_(lanes), index_(std::move(index)) {}
-    Vec eval(Frame& frame) const override { return Vec::splat(frame.slots[slot_].v[lane(frame)]); }
-    void store(Frame& frame, const Vec& value) const override { frame.slots[slot_].v[lane(frame)] = value.v[0]; }
+    const Lanes& eval(Frame& frame) const override
+    {
+        const Lanes& index = index_->eval(frame);
+        const Lanes& s = frame.slots[slot_];
+        for (int p = 0; p < kBlock; ++p) out_.v[0][p] = s.v[lane(index.v[0][p])][p];
+        return out_;
+    }
+    void store(Frame& frame, const Lanes& value) const override
+    {
+        const Lanes& index = index_->eval(frame);
+        Lanes& s = frame.slots[slot_];
+        for (int p = 0; p < kBlock; ++p)
+            if (frame.mask.on[p]) s.v[lane(index.v[0][p])][p] = value.v[0][p];
+    }
     int slot() const override { return slot_; }
 
 private:
-    int lane(Frame& frame) const
-    {
-        const float i = index_->eval(frame).v[0];
-        return i >= float(lanes_ - 1) ? lanes_ - 1 : i > 0 ? int(i) : 0;
-    }
+    int lane(float i) const { return i >= float(lanes_ - 1) ? lanes_ - 1 : i > 0 ? int(i) : 0; }
     int slot_;
     int lanes_;
     ExprPtr index_;
 };
 
+// Which lane of an argument feeds lane l of a result: a scalar feeds all.
+inline int sourceLane(const Expr& arg, int l) { return arg.lanes() == 1 ? 0 : l; }
+
 template <class Op>
-class Map1 : public Expr {
+class Map1 : public Computing {
 public:
-    Map1(Type type, ExprPtr a) : Expr(type), a_(std::move(a)) {}
-    Vec eval(Frame& frame) const override
+    Map1(Type type, ExprPtr a) : Computing(type), a_(std::move(a)) {}
+    const Lanes& eval(Frame& frame) const override
     {
-        const Vec a = a_->eval(frame);
-        Vec out;
-        for (int i = 0; i < 4; ++i) out.v[i] = Op{}(a.v[i]);
-        return out;
+        const Lanes& a = a_->eval(frame);
+        for (int l = 0; l < lanes(); ++l) {
+            const float* x = a.v[sourceLane(*a_, l)];
+            for (int p = 0; p < kBlock; ++p) out_.v[l][p] = Op{}(x[p]);
+        }
+        return out_;
     }
 
 private:
@@ -165,16 +262,19 @@ private:
 };
 
 template <class Op>
-class Map2 : public Expr {
+class Map2 : public Computing {
 public:
-    Map2(Type type, ExprPtr a, ExprPtr b) : Expr(type), a_(std::move(a)), b_(std::move(b)) {}
-    Vec eval(Frame& frame) const override
+    Map2(Type type, ExprPtr a, ExprPtr b) : Computing(type), a_(std::move(a)), b_(std::move(b)) {}
+    const Lanes& eval(Frame& frame) const override
     {
-        const Vec a = a_->eval(frame);
-        const Vec b = b_->eval(frame);
-        Vec out;
-        for (int i = 0; i < 4; ++i) out.v[i] = Op{}(a.v[i], b.v[i]);
-        return out;
+        const Lanes& a = a_->eval(frame);
+        const Lanes& b = b_->eval(frame);
+        for (int l = 0; l < lanes(); ++l) {
+            const float* x = a.v[sourceLane(*a_, l)];
+            const float* y = b.v[sourceLane(*b_, l)];
+            for (int p = 0; p < kBlock; ++p) out_.v[l][p] = Op{}(x[p], y[p]);
+        }
+        return out_;
     }
 
 private:
@@ -182,36 +282,46 @@ private:
 };
 
 template <class Op>
-class Map3 : public Expr {
+class Map3 : public Computing {
 public:
-    Map3(Type type, ExprPtr a, ExprPtr b, ExprPtr c) : Expr(type), a_(std::move(a)), b_(std::move(b)), c_(std::move(c)) {}
-    Vec eval(Frame& frame) const override
+    Map3(Type type, ExprPtr a, ExprPtr b, ExprPtr c) : Computing(type), a_(std::move(a)), b_(std::move(b)), c_(std::move(c)) {}
+    const Lanes& eval(Frame& frame) const override
     {
-        const Vec a = a_->eval(frame);
-        const Vec b = b_->eval(frame);
-        const Vec c = c_->eval(frame);
-        Vec out;
-        for (int i = 0; i < 4; ++i) out.v[i] = Op{}(a.v[i], b.v[i], c.v[i]);
-        return out;
+        const Lanes& a = a_->eval(frame);
+        const Lanes& b = b_->eval(frame);
+        const Lanes& c = c_->eval(frame);
+        for (int l = 0; l < lanes(); ++l) {
+            const float* x = a.v[sourceLane(*a_, l)];
+            const float* y = b.v[sourceLane(*b_, l)];
+            const float* z = c.v[sourceLane(*c_, l)];
+            for (int p = 0; p < kBlock; ++p) out_.v[l][p] = Op{}(x[p], y[p], z[p]);
+        }
+        return out_;
     }
 
 private:
     ExprPtr a_, b_, c_;
 };
 
-// A value made from a whole-vector computation (dot, length, sample, ...).
-class Computed : public Expr {
+// A value made pixel by pixel from whole vectors (dot, length, sample, ...).
+// Scalar arguments arrive spread over all four lanes.
+class Computed : public Computing {
 public:
-    using Function = Vec (*)(Frame&, const Vec* args);
-    Computed(Type type, Function function, std::vector<ExprPtr> args)
-        : Expr(type), function_(function), args_(std::move(args))
+    using Function = Vec (*)(Frame&, int pixel, const Vec* args);
+    Computed(Type type, Function function, std::vector<ExprPtr> args) : Computing(type), function_(function), args_(std::move(args)) {}
+    const Lanes& eval(Frame& frame) const override
     {
-    }
-    Vec eval(Frame& frame) const override
-    {
-        Vec values[4];
-        for (std::size_t i = 0; i < args_.size(); ++i) values[i] = args_[i]->eval(frame);
-        return function_(frame, values);
+        const Lanes* values[4] = {};
+        for (std::size_t i = 0; i < args_.size(); ++i) values[i] = &args_[i]->eval(frame);
+        Vec args[4];
+        const int n = lanes();
+        for (int p = 0; p < kBlock; ++p) {
+            for (std::size_t i = 0; i < args_.size(); ++i)
+                for (int l = 0; l < 4; ++l) args[i].v[l] = values[i]->v[sourceLane(*args_[i], std::min(l, 3))][p];
+            const Vec r = function_(frame, p, args);
+            for (int l = 0; l < n; ++l) out_.v[l][p] = r.v[l];
+        }
+        return out_;
     }
 
 private:
@@ -220,72 +330,120 @@ private:
 };
 
 // vecN(...) from scalars and vectors, or vecN(s) spreading one scalar.
-class Construct : public Expr {
+class Construct : public Computing {
 public:
-    struct Part {
-        ExprPtr expr;
-        int lanes;
-    };
-    Construct(Type type, std::vector<Part> parts) : Expr(type), parts_(std::move(parts)) {}
-    Vec eval(Frame& frame) const override
+    Construct(Type type, std::vector<ExprPtr> parts) : Computing(type), parts_(std::move(parts)) {}
+    const Lanes& eval(Frame& frame) const override
     {
-        const int wanted = laneCount(type());
-        if (parts_.size() == 1 && parts_[0].lanes == 1) {
-            Vec s = parts_[0].expr->eval(frame);
-            return Vec::splat(s.v[0]);
+        const int wanted = lanes();
+        if (parts_.size() == 1 && parts_[0]->lanes() == 1) {
+            const Lanes& s = parts_[0]->eval(frame);
+            for (int l = 0; l < wanted; ++l) std::memcpy(out_.v[l], s.v[0], sizeof out_.v[l]);
+            return out_;
         }
-        Vec out;
         int at = 0;
-        for (const Part& p : parts_) {
-            const Vec v = p.expr->eval(frame);
-            for (int i = 0; i < p.lanes && at < wanted; ++i) out.v[at++] = v.v[i];
+        for (const ExprPtr& part : parts_) {
+            const Lanes& v = part->eval(frame);
+            for (int l = 0; l < part->lanes() && at < wanted; ++l) std::memcpy(out_.v[at++], v.v[l], sizeof out_.v[0]);
         }
-        return out;
+        return out_;
     }
 
 private:
-    std::vector<Part> parts_;
+    std::vector<ExprPtr> parts_;
 };
 
 // Keeps the first lane of a scalar conversion: float(i), int(f), bool(f).
-class Convert : public Expr {
+class Convert : public Computing {
 public:
-    Convert(Type type, ExprPtr a) : Expr(type), a_(std::move(a)) {}
-    Vec eval(Frame& frame) const override
+    Convert(Type type, ExprPtr a) : Computing(type), a_(std::move(a)) {}
+    const Lanes& eval(Frame& frame) const override
     {
-        const float x = a_->eval(frame).v[0];
-        if (type() == Type::Int) return Vec::splat(std::isfinite(x) ? std::trunc(x) : 0.0f);
-        if (type() == Type::Bool) return Vec::splat(x != 0 ? 1.0f : 0.0f);
-        return Vec::splat(x);
+        const float* x = a_->eval(frame).v[0];
+        float* out = out_.v[0];
+        if (type() == Type::Int)
+            for (int p = 0; p < kBlock; ++p) out[p] = std::isfinite(x[p]) ? std::trunc(x[p]) : 0.0f;
+        else if (type() == Type::Bool)
+            for (int p = 0; p < kBlock; ++p) out[p] = x[p] != 0 ? 1.0f : 0.0f;
+        else
+            std::memcpy(out, x, sizeof out_.v[0]);
+        return out_;
     }
 
 private:
     ExprPtr a_;
 };
 
-class Conditional : public Expr {
+// A scalar used as a vector: the value in every lane.
+class Broadcast : public Computing {
 public:
-    Conditional(Type type, ExprPtr condition, ExprPtr yes, ExprPtr no)
-        : Expr(type), condition_(std::move(condition)), yes_(std::move(yes)), no_(std::move(no))
+    Broadcast(Type type, ExprPtr a) : Computing(type), a_(std::move(a)) {}
+    const Lanes& eval(Frame& frame) const override
     {
-    }
-    Vec eval(Frame& frame) const override
-    {
-        return condition_->eval(frame).v[0] != 0 ? yes_->eval(frame) : no_->eval(frame);
+        const Lanes& s = a_->eval(frame);
+        for (int l = 0; l < lanes(); ++l) std::memcpy(out_.v[l], s.v[0], sizeof out_.v[l]);
+        return out_;
     }
 
 private:
+    ExprPtr a_;
+};
+
+// c ? a : b. Each side runs for its own pixels, so a store inside one side
+// leaves the other side's pixels alone.
+class Conditional : public Computing {
+public:
+    Conditional(Type type, ExprPtr condition, ExprPtr yes, ExprPtr no)
+        : Computing(type), condition_(std::move(condition)), yes_(std::move(yes)), no_(std::move(no))
+    {
+    }
+    const Lanes& eval(Frame& frame) const override
+    {
+        const Mask saved = frame.mask;
+        const Lanes& c = condition_->eval(frame);
+        const Mask yes = saved.where(c, true), no = saved.where(c, false);
+        const int n = lanes();
+        if (!no.any()) return yes_->eval(frame);
+        if (!yes.any()) return no_->eval(frame);
+        std::uint8_t pick[kBlock];
+        for (int p = 0; p < kBlock; ++p) pick[p] = c.v[0][p] != 0;
+        frame.mask = yes;
+        storeAll(yes_->eval(frame), n);
+        frame.mask = no;
+        const Lanes& b = no_->eval(frame);
+        for (int l = 0; l < n; ++l)
+            for (int p = 0; p < kBlock; ++p) out_.v[l][p] = pick[p] ? out_.v[l][p] : b.v[l][p];
+        frame.mask = saved;
+        return out_;
+    }
+
+private:
+    void storeAll(const Lanes& from, int n) const
+    {
+        for (int l = 0; l < n; ++l) std::memcpy(out_.v[l], from.v[l], sizeof out_.v[l]);
+    }
     ExprPtr condition_, yes_, no_;
 };
 
-class LogicalAnd : public Expr {
+// && and ||: the right side runs only for the pixels that need it.
+class LogicalAnd : public Computing {
 public:
-    LogicalAnd(ExprPtr a, ExprPtr b, bool isOr) : Expr(Type::Bool), a_(std::move(a)), b_(std::move(b)), or_(isOr) {}
-    Vec eval(Frame& frame) const override
+    LogicalAnd(ExprPtr a, ExprPtr b, bool isOr) : Computing(Type::Bool), a_(std::move(a)), b_(std::move(b)), or_(isOr) {}
+    const Lanes& eval(Frame& frame) const override
     {
-        const bool a = a_->eval(frame).v[0] != 0;
-        if (a == or_) return Vec::splat(a ? 1.0f : 0.0f);
-        return Vec::splat(b_->eval(frame).v[0] != 0 ? 1.0f : 0.0f);
+        const Mask saved = frame.mask;
+        const Lanes& a = a_->eval(frame);
+        std::memcpy(out_.v[0], a.v[0], sizeof out_.v[0]);
+        const Mask undecided = saved.where(a, !or_);
+        if (!undecided.any()) return out_;
+        frame.mask = undecided;
+        const Lanes& b = b_->eval(frame);
+        for (int p = 0; p < kBlock; ++p) {
+            const bool left = out_.v[0][p] != 0, right = b.v[0][p] != 0;
+            out_.v[0][p] = (or_ ? (left || right) : (left && right)) ? 1.0f : 0.0f;
+        }
+        frame.mask = saved;
+        return out_;
     }
 
 private:
@@ -294,15 +452,22 @@ private:
 };
 
 // ==, != over the lanes a type uses.
-class Equality : public Expr {
+class Equality : public Computing {
 public:
-    Equality(ExprPtr a, ExprPtr b, int lanes, bool equal) : Expr(Type::Bool), a_(std::move(a)), b_(std::move(b)), lanes_(lanes), equal_(equal) {}
-    Vec eval(Frame& frame) const override
+    Equality(ExprPtr a, ExprPtr b, int lanes, bool equal)
+        : Computing(Type::Bool), a_(std::move(a)), b_(std::move(b)), lanes_(lanes), equal_(equal)
     {
-        const Vec a = a_->eval(frame), b = b_->eval(frame);
-        bool same = true;
-        for (int i = 0; i < lanes_; ++i) same = same && a.v[i] == b.v[i];
-        return Vec::splat(same == equal_ ? 1.0f : 0.0f);
+    }
+    const Lanes& eval(Frame& frame) const override
+    {
+        const Lanes& a = a_->eval(frame);
+        const Lanes& b = b_->eval(frame);
+        for (int p = 0; p < kBlock; ++p) {
+            bool same = true;
+            for (int l = 0; l < lanes_; ++l) same = same && a.v[l][p] == b.v[l][p];
+            out_.v[0][p] = same == equal_ ? 1.0f : 0.0f;
+        }
+        return out_;
     }
 
 private:
@@ -313,18 +478,21 @@ private:
 
 // a = b, a += b, ++a, a++ ...: stores, then yields the new value, or the
 // old one for postfix forms.
-class Assign : public Expr {
+class Assign : public Computing {
 public:
     Assign(Type type, std::unique_ptr<LValue> target, ExprPtr value, bool yieldsOld = false)
-        : Expr(type), target_(std::move(target)), value_(std::move(value)), yieldsOld_(yieldsOld)
+        : Computing(type), target_(std::move(target)), value_(std::move(value)), yieldsOld_(yieldsOld)
     {
     }
-    Vec eval(Frame& frame) const override
+    const Lanes& eval(Frame& frame) const override
     {
-        const Vec old = yieldsOld_ ? target_->eval(frame) : Vec{};
-        const Vec v = value_->eval(frame);
+        if (yieldsOld_) {
+            const Lanes& old = target_->eval(frame);
+            for (int l = 0; l < lanes(); ++l) std::memcpy(out_.v[l], old.v[l], sizeof out_.v[l]);
+        }
+        const Lanes& v = value_->eval(frame);
         target_->store(frame, v);
-        return yieldsOld_ ? old : v;
+        return yieldsOld_ ? out_ : v;
     }
 
 private:
@@ -338,7 +506,7 @@ private:
 class LValueRead : public Expr {
 public:
     explicit LValueRead(const LValue* target) : Expr(target->type()), target_(target) {}
-    Vec eval(Frame& frame) const override { return target_->eval(frame); }
+    const Lanes& eval(Frame& frame) const override { return target_->eval(frame); }
 
 private:
     const LValue* target_;
@@ -346,10 +514,10 @@ private:
 
 struct Function;
 
-class Call : public Expr {
+class Call : public Computing {
 public:
-    Call(Type type, const Function* function, std::vector<ExprPtr> args) : Expr(type), function_(function), args_(std::move(args)) {}
-    Vec eval(Frame& frame) const override;
+    Call(Type type, const Function* function, std::vector<ExprPtr> args) : Computing(type), function_(function), args_(std::move(args)) {}
+    const Lanes& eval(Frame& frame) const override;
 
 private:
     const Function* function_;
@@ -361,10 +529,10 @@ private:
 class ExprStmt : public Stmt {
 public:
     explicit ExprStmt(ExprPtr e) : e_(std::move(e)) {}
-    Flow exec(Frame& frame) const override
+    void exec(Frame& frame, const Mask& active) const override
     {
+        frame.mask = active;
         e_->eval(frame);
-        return Flow::Next;
     }
 
 private:
@@ -374,13 +542,14 @@ private:
 class Block : public Stmt {
 public:
     explicit Block(std::vector<StmtPtr> body) : body_(std::move(body)) {}
-    Flow exec(Frame& frame) const override
+    void exec(Frame& frame, const Mask& active) const override
     {
+        Mask m = active;
         for (const StmtPtr& s : body_) {
-            const Flow f = s->exec(frame);
-            if (f != Flow::Next) return f;
+            frame.narrow(m);
+            if (!m.any()) return;
+            s->exec(frame, m);
         }
-        return Flow::Next;
     }
 
 private:
@@ -390,10 +559,14 @@ private:
 class If : public Stmt {
 public:
     If(ExprPtr condition, StmtPtr yes, StmtPtr no) : condition_(std::move(condition)), yes_(std::move(yes)), no_(std::move(no)) {}
-    Flow exec(Frame& frame) const override
+    void exec(Frame& frame, const Mask& active) const override
     {
-        if (condition_->eval(frame).v[0] != 0) return yes_->exec(frame);
-        return no_ ? no_->exec(frame) : Flow::Next;
+        frame.mask = active;
+        const Lanes& c = condition_->eval(frame);
+        const Mask yes = active.where(c, true);
+        const Mask no = active.where(c, false);
+        if (yes.any()) yes_->exec(frame, yes);
+        if (no_ && no.any()) no_->exec(frame, no);
     }
 
 private:
@@ -402,29 +575,47 @@ private:
 };
 
 // for, while and do-while: `init` once, then `body` while `condition`
-// holds (checked first unless `bodyFirst`), `step` after each round.
+// holds (checked first unless `bodyFirst`), `step` after each round. The
+// loop goes round while any pixel still needs it.
 class Loop : public Stmt {
 public:
     Loop(StmtPtr init, ExprPtr condition, ExprPtr step, StmtPtr body, bool bodyFirst)
         : init_(std::move(init)), condition_(std::move(condition)), step_(std::move(step)), body_(std::move(body)), bodyFirst_(bodyFirst)
     {
     }
-    Flow exec(Frame& frame) const override
+    void exec(Frame& frame, const Mask& active) const override
     {
-        if (init_) init_->exec(frame);
-        bool first = bodyFirst_;
-        while (first || !condition_ || condition_->eval(frame).v[0] != 0) {
-            first = false;
+        Mask broken = Mask::none(), continued = Mask::none();
+        Mask* const outerBroken = frame.broken;
+        Mask* const outerContinued = frame.continued;
+        Mask running = active;
+        if (init_) init_->exec(frame, running);
+        frame.broken = &broken;
+        frame.continued = &continued;
+        for (bool first = bodyFirst_;; first = false) {
+            running.remove(*frame.returned);
+            running.remove(broken);
+            if (!first && condition_) {
+                frame.mask = running;
+                running = running.where(condition_->eval(frame), true);
+            }
+            if (!running.any()) break;
             if (--frame.loopBudget < 0) {
                 frame.exhausted = true;
-                return Flow::Return;
+                std::memset(frame.returned->on, 1, sizeof frame.returned->on);
+                break;
             }
-            const Flow f = body_->exec(frame);
-            if (f == Flow::Break) break;
-            if (f == Flow::Return) return f;
-            if (step_) step_->eval(frame);
+            body_->exec(frame, running);
+            continued = Mask::none();
+            running.remove(*frame.returned);
+            running.remove(broken);
+            if (step_ && running.any()) {
+                frame.mask = running;
+                step_->eval(frame);
+            }
         }
-        return Flow::Next;
+        frame.broken = outerBroken;
+        frame.continued = outerContinued;
     }
 
 private:
@@ -437,24 +628,27 @@ private:
 
 class Jump : public Stmt {
 public:
-    explicit Jump(Flow flow) : flow_(flow) {}
-    Flow exec(Frame&) const override { return flow_; }
+    explicit Jump(bool isBreak) : break_(isBreak) {}
+    void exec(Frame& frame, const Mask& active) const override { (break_ ? frame.broken : frame.continued)->add(active); }
 
 private:
-    Flow flow_;
+    bool break_;
 };
 
 class Return : public Stmt {
 public:
-    explicit Return(ExprPtr value) : value_(std::move(value)) {}
-    Flow exec(Frame& frame) const override
+    Return(ExprPtr value) : value_(std::move(value)) {}
+    void exec(Frame& frame, const Mask& active) const override
     {
-        if (value_) frame.result = value_->eval(frame);
-        return Flow::Return;
+        if (value_) {
+            frame.mask = active;
+            storeMasked(*frame.result, value_->eval(frame), value_->lanes(), active);
+        }
+        frame.returned->add(active);
     }
 
 private:
-    ExprPtr value_;
+    ExprPtr value_;  // already of the function's type
 };
 
 // --- Functions -------------------------------------------------------------
@@ -474,15 +668,33 @@ struct Function {
     StmtPtr body;
 };
 
-inline Vec Call::eval(Frame& frame) const
+inline const Lanes& Call::eval(Frame& frame) const
 {
-    Vec values[32];
+    const Lanes* values[32];
     const std::size_t n = args_.size();
-    for (std::size_t i = 0; i < n; ++i) values[i] = args_[i]->eval(frame);
-    for (std::size_t i = 0; i < n; ++i) frame.slots[function_->parameters[i].slot] = values[i];
-    frame.result = {};
-    function_->body->exec(frame);
-    return frame.result;
+    for (std::size_t i = 0; i < n; ++i) values[i] = &args_[i]->eval(frame);
+    for (std::size_t i = 0; i < n; ++i) frame.slots[function_->parameters[i].slot] = *values[i];
+    // The callee sees only its own returns, and no loop of the caller.
+    const Mask active = frame.mask;
+    Mask returned = Mask::none(), noLoop = Mask::none();
+    Mask* const callerReturned = frame.returned;
+    Mask* const callerBroken = frame.broken;
+    Mask* const callerContinued = frame.continued;
+    Lanes* const callerResult = frame.result;
+    frame.returned = &returned;
+    frame.broken = &noLoop;
+    frame.continued = &noLoop;
+    frame.result = &out_;
+    std::memset(&out_, 0, sizeof out_);
+    function_->body->exec(frame, active);
+    // A kernel stopped for looping too long stops its callers too.
+    if (frame.exhausted) std::memset(callerReturned->on, 1, sizeof callerReturned->on);
+    frame.returned = callerReturned;
+    frame.broken = callerBroken;
+    frame.continued = callerContinued;
+    frame.result = callerResult;
+    frame.mask = active;
+    return out_;
 }
 
 }  // namespace runtime::kernel

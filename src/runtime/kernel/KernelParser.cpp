@@ -20,6 +20,9 @@ namespace {
 constexpr int kMaxSlots = 4096;
 constexpr int kMaxNesting = 200;
 constexpr std::size_t kMaxCallArguments = 32;
+// Every node holds a block of values (half a kilobyte), so the length of a
+// source bounds the memory its program takes.
+constexpr std::size_t kMaxTokens = 20000;
 
 struct CompileError {
     int line;
@@ -361,7 +364,7 @@ private:
             if (loopDepth_ == 0) fail(QStringLiteral("'%1' outside a loop").arg(peek().text));
             next();
             expect(";");
-            out.push_back(std::make_unique<Jump>(isBreak ? Flow::Break : Flow::Continue));
+            out.push_back(std::make_unique<Jump>(isBreak));
         } else if (isWord("return")) {
             next();
             ExprPtr value;
@@ -410,7 +413,7 @@ private:
         const Type from = value->type();
         if (from == target) return value;
         if (target == Type::Float && from == Type::Int) return value;
-        if (isFloatVector(target) && (from == Type::Float || from == Type::Int)) return value;
+        if (isFloatVector(target) && (from == Type::Float || from == Type::Int)) return std::make_unique<Broadcast>(target, std::move(value));
         fail(QStringLiteral("%1 must be a %2, not a %3").arg(what, typeName(target), typeName(from)));
     }
 
@@ -461,6 +464,8 @@ private:
             if (!isNumeric(type) || !isNumeric(no->type()))
                 fail(QStringLiteral("the two sides of '?:' differ: %1 and %2").arg(typeName(type), typeName(no->type())));
             type = combined(type, no->type());
+            yes = converted(std::move(yes), type, QStringLiteral("'?:'"));
+            no = converted(std::move(no), type, QStringLiteral("'?:'"));
         }
         return std::make_unique<Conditional>(type, std::move(condition), std::move(yes), std::move(no));
     }
@@ -710,17 +715,14 @@ ExprPtr Parser::construct(Type type, std::vector<ExprPtr> args)
         return std::make_unique<Convert>(type, std::move(args[0]));
     }
     const int wanted = laneCount(type);
-    std::vector<Construct::Part> parts;
     int have = 0;
-    for (ExprPtr& a : args) {
+    for (const ExprPtr& a : args) {
         if (have >= wanted) fail(QStringLiteral("%1() has too many values").arg(name));
-        const int lanes = laneCount(a->type());
-        have += lanes;
-        parts.push_back({std::move(a), lanes});
+        have += a->lanes();
     }
-    if (have < wanted && !(parts.size() == 1 && parts[0].lanes == 1))
+    if (have < wanted && !(args.size() == 1 && args[0]->lanes() == 1))
         fail(QStringLiteral("%1() needs %2 values, not %3").arg(name).arg(wanted).arg(have));
-    return std::make_unique<Construct>(type, std::move(parts));
+    return std::make_unique<Construct>(type, std::move(args));
 }
 
 ExprPtr Parser::parseCall(const QString& name)
@@ -754,7 +756,12 @@ std::shared_ptr<const KernelProgram> KernelProgram::compile(const QString& sourc
 {
     std::vector<Token> tokens;
     if (!tokenize(source, tokens, error)) return nullptr;
+    if (tokens.size() > kMaxTokens) {
+        if (error) *error = QStringLiteral("the kernel is too long");
+        return nullptr;
+    }
     std::shared_ptr<KernelProgram> program(new KernelProgram);
+    program->source_ = source;
     try {
         Parser(std::move(tokens), *program).parseProgram();
     } catch (const CompileError& e) {

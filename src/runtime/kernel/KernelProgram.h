@@ -8,6 +8,7 @@
 #include <QRect>
 
 #include <memory>
+#include <mutex>
 #include <vector>
 
 namespace runtime::kernel {
@@ -25,20 +26,33 @@ public:
     // premultiplied ARGB32 raster of the region's size. `arguments` has one
     // value per parameter; a sampler's value is its index in `samplers`.
     // False when the kernel loops too long, in which case `out` is partly
-    // written and should be dropped.
+    // written and should be dropped. Large regions are split into bands run
+    // on several cores. Calls from several threads take turns: the
+    // program's nodes hold the values of the block being run.
     bool render(const std::vector<Vec>& arguments, const std::vector<Sampler>& samplers, const QRect& region, QImage& out) const;
 
-    // Loop rounds one pixel may take before the kernel is stopped.
-    static constexpr int kLoopBudgetPerPixel = 1 << 16;
+    // Loop rounds a block of pixels may take before the kernel is stopped.
+    static constexpr int kLoopBudget = 1 << 16;
+    // Work per core below which a region is not split.
+    static constexpr qint64 kPixelsPerBand = 32768;
+    static constexpr int kMaxBands = 8;
 
 private:
     friend class Parser;
     KernelProgram() = default;
+    bool renderRows(const std::vector<Vec>& arguments, const std::vector<Sampler>& samplers, const QRect& region, uchar* bits,
+                    qsizetype stride, int firstRow, int endRow) const;
+    // Copies of this program for the other cores, compiled on first need.
+    const KernelProgram& helper(std::size_t index) const;
+
+    QString source_;
+    mutable std::vector<std::shared_ptr<const KernelProgram>> helpers_;
 
     std::vector<std::unique_ptr<Function>> functions_;
     std::vector<StmtPtr> globals_;  // initialisers of file-level constants
     const Function* kernel_ = nullptr;
     int slotCount_ = 0;
+    mutable std::mutex running_;
 };
 
 }  // namespace runtime::kernel
