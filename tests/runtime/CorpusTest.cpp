@@ -70,6 +70,39 @@ TEST(Corpus, IsPresent)
 
 // Newer files cache each timeline segment: its Bézier control points and the
 // power-basis value coefficients a, b, c. Our segments must agree.
+TEST(Corpus, EveryKernelCompiles)
+{
+    int files = 0;
+    for (const QString& name : corpusFiles()) {
+        auto composition = runtime::Composition::loadFile(corpusPath(name), nullptr);
+        if (!composition) continue;
+        for (const QString& problem : composition->problems())
+            EXPECT_FALSE(problem.contains(QLatin1String("kernel"))) << name.toStdString() << ": " << problem.toStdString();
+        ++files;
+    }
+    EXPECT_GT(files, 0);
+}
+
+// The sample's kernel fades a photo's alpha over 100 pixels from each edge:
+// a wide band of partly transparent pixels around an opaque middle.
+TEST(Corpus, SoftRectangleKernelFadesTheEdges)
+{
+    auto composition = runtime::Composition::loadFile(corpusPath(QStringLiteral("HelmutJ_CocoaSampleCode_Soft Rectangle.qtz")), nullptr);
+    ASSERT_TRUE(composition);
+    runtime::Renderer renderer(composition, QSize(320, 240));
+    renderer.render(1.0);
+    const QImage frame = renderer.snapshot();
+    int opaque = 0, partial = 0;
+    for (int y = 0; y < frame.height(); ++y)
+        for (int x = 0; x < frame.width(); ++x) {
+            const int a = qAlpha(frame.pixel(x, y));
+            opaque += a == 255;
+            partial += a > 0 && a < 255;
+        }
+    EXPECT_GT(opaque, 1000);
+    EXPECT_GT(partial, 5000);
+}
+
 TEST(Corpus, TimelineSegmentsMatchTheCachedBezierPaths)
 {
     const auto document = plist::readFile(corpusPath("HelmutJ_CocoaSampleCode_3 Timelines.qtz").toStdString());
