@@ -2,7 +2,7 @@
 // The kernel language's built-in functions: GLSL's common and geometric
 // functions and Core Image's sampler functions.
 
-#include "runtime/kernel/KernelNodes.h"
+#include "runtime/kernel/KernelExpressions.h"
 
 namespace runtime::kernel {
 

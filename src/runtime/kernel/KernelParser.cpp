@@ -1,5 +1,6 @@
 // Parses kernel source (a subset of GLSL with Core Image's additions) and
-// type-checks it into the executable tree of KernelNodes.h in one pass.
+// type-checks it into the executable tree (KernelExpressions.h,
+// KernelStatements.h) in one pass.
 // Like GLSL it needs functions declared before use, which also rules out
 // recursion.
 

@@ -2,7 +2,7 @@
 // A compiled Core Image kernel (the kernel language of the Core Image
 // Filter patch) and the loop that runs it over a region of pixels.
 
-#include "runtime/kernel/KernelNodes.h"
+#include "runtime/kernel/KernelStatements.h"
 
 #include <QImage>
 #include <QRect>
