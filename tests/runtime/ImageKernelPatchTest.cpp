@@ -139,6 +139,50 @@ TEST(ImageKernelPatch, KernelsWithoutImagesGenerateEverywhere)
     EXPECT_EQ(image.pixel(6, 0), qRgba(255, 255, 255, 255));
 }
 
+// A generator read by a kernel: the result is infinite too, and what a crop
+// asks of it is computed, neighbours included.
+TEST(ImageKernelPatch, GeneratorInputsGiveAnInfiniteResult)
+{
+    Node gradient("QCImageFilter", "Gradient_1");
+    gradient.identifier("CILinearGradient").custom("inputPoint0_X", 0.0).custom("inputPoint1_X", 100.0)
+        .custom("inputPoint0_Y", 0.0).custom("inputPoint1_Y", 0.0)
+        .custom("inputColor0", test::colorValue(0, 0, 0)).custom("inputColor1", test::colorValue(1, 1, 1));
+    Node kernel("QCImageKernel", "ImageKernel_1");
+    // Reads the gradient 20 pixels to the right of each pixel.
+    kernel.state("sourceCode", std::string("kernel vec4 k(__table sampler g) { return sample(g, samplerCoord(g) + vec2(20.0, 0.0)); }"));
+    Node crop("QCImageFilter", "Crop_1");
+    crop.identifier("CICrop").input("inputRectangle_X", 40.0).input("inputRectangle_Y", 0.0)
+        .input("inputRectangle_Z", 10.0).input("inputRectangle_W", 2.0);
+    Node r = test::root();
+    r.child(gradient).child(kernel).child(crop);
+    r.connect("Gradient_1", "outputImage", "ImageKernel_1", "g").connect("ImageKernel_1", "outputImage", "Crop_1", "inputImage");
+    r.publishOutput("Image", "Crop_1", "outputImage");
+    runtime::Renderer renderer(test::load(r), QSize(8, 8));
+    renderer.render(0);
+    const QImage image = renderer.outputValue("Image").value<QImage>();
+    ASSERT_EQ(image.size(), QSize(10, 2));
+    // x = 40.5 reads the gradient at 60.5: 60 % grey (give or take rounding).
+    EXPECT_NEAR(qRed(image.pixel(0, 0)), 154, 2);
+    EXPECT_NEAR(qRed(image.pixel(9, 1)), 177, 2);
+}
+
+TEST(ImageKernelPatch, AKernelThatNeverEndsGivesNoImage)
+{
+    Node kernel("QCImageKernel", "ImageKernel_1");
+    kernel.state("sourceCode", std::string("kernel vec4 k(float x) { while (x < 1.0) { x = x * 1.0; } return vec4(x); }"));
+    Node crop("QCImageFilter", "Crop_1");
+    crop.identifier("CICrop").input("inputRectangle_Z", 4.0).input("inputRectangle_W", 4.0);
+    Node r = test::root();
+    r.child(kernel).child(crop).connect("ImageKernel_1", "outputImage", "Crop_1", "inputImage");
+    r.publishOutput("Image", "Crop_1", "outputImage");
+    runtime::Renderer renderer(test::load(r), QSize(8, 8));
+    renderer.render(0);
+    // The crop of the stopped kernel holds only transparent pixels.
+    const QImage image = renderer.outputValue("Image").value<QImage>();
+    ASSERT_EQ(image.size(), QSize(4, 4));
+    EXPECT_EQ(image.pixel(1, 1), 0u);
+}
+
 TEST(ImageKernelPatch, MissingImagesAndBadKernelsGiveNoImage)
 {
     Node kernel("QCImageKernel", "ImageKernel_1");

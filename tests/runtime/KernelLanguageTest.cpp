@@ -85,6 +85,17 @@ TEST(KernelLanguage, ControlFlowAndFunctions)
     ASSERT_TRUE(program);
     EXPECT_EQ(program->name(), QStringLiteral("k"));
     EXPECT_EQ(run(*program, QRect(0, 0, 1, 1)).pixel(0, 0), qRgba(128, 128, 0, 128));
+    // Samplers pass on to functions; file-level variables are shared by them.
+    const auto passing = compiled(R"(
+        float seen = 0.0;
+        vec4 twice(sampler s) { seen = 1.0; return 2.0 * sample(s, samplerCoord(s)); }
+        kernel vec4 k(sampler image) { vec4 c = twice(image); return vec4(c.rgb, seen); })");
+    QImage pixels(1, 1, QImage::Format_ARGB32_Premultiplied);
+    pixels.fill(qRgba(50, 60, 70, 255));
+    const runtime::Image one = runtime::Image::fromRaster(pixels);
+    EXPECT_EQ(run(*passing, one.extent(), {Vec::splat(0)}, {Sampler(one, {}, Sampler::Filter::Linear, Sampler::Wrap::Transparent)})
+                  .pixel(0, 0),
+              qRgba(100, 120, 140, 255));
     // Variables start over at each pixel: the count is 1 everywhere.
     const auto counter = compiled("kernel vec4 k() { float n; n += 1.0; return vec4(n); }");
     const QImage image = run(*counter, QRect(0, 0, 3, 1));

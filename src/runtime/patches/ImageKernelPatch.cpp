@@ -11,6 +11,8 @@
 
 #include <QLoggingCategory>
 
+#include <atomic>
+
 namespace runtime {
 
 namespace {
@@ -85,7 +87,7 @@ public:
         }
         QImage out(extent.size(), QImage::Format_ARGB32_Premultiplied);
         if (out.isNull() || !program_->render(arguments, makeSamplers(samplers, extent), extent, out)) {
-            reportLoopingOnce();
+            reportLooping(*reported_, path());
             setOutput(*image_, {});
             return;
         }
@@ -156,25 +158,31 @@ private:
     Image generator(std::vector<Vec> arguments, std::vector<SamplerInput> samplers) const
     {
         std::shared_ptr<const KernelProgram> program = program_;
-        return Image::infinite([program, arguments = std::move(arguments), samplers = std::move(samplers)](const QRect& region) {
+        std::shared_ptr<std::atomic<bool>> reported = reported_;
+        return Image::infinite([program, reported, path = path(), arguments = std::move(arguments),
+                                samplers = std::move(samplers)](const QRect& region) {
             QImage out(region.size(), QImage::Format_ARGB32_Premultiplied);
             if (out.isNull()) return out;
-            if (!program->render(arguments, makeSamplers(samplers, region), region, out)) out.fill(Qt::transparent);
+            if (!program->render(arguments, makeSamplers(samplers, region), region, out)) {
+                reportLooping(*reported, path);
+                out.fill(Qt::transparent);
+            }
             return out;
         });
     }
 
-    void reportLoopingOnce()
+    static void reportLooping(std::atomic<bool>& reported, const QString& path)
     {
-        if (reported_) return;
-        reported_ = true;
-        qCWarning(lcRuntime).noquote() << QStringLiteral("%1: the kernel loops too long and was stopped").arg(path());
+        if (reported.exchange(true)) return;
+        qCWarning(lcRuntime).noquote() << QStringLiteral("%1: the kernel loops too long and was stopped").arg(path);
     }
 
     std::shared_ptr<const KernelProgram> program_;
     std::vector<Binding> bindings_;
     OutputPort* image_ = nullptr;
-    bool reported_ = false;
+    // Shared with the generators this patch hands out, so a looping kernel
+    // is reported once however its images are used.
+    std::shared_ptr<std::atomic<bool>> reported_ = std::make_shared<std::atomic<bool>>(false);
 };
 
 }  // namespace
