@@ -116,20 +116,26 @@ TEST(ImageKernelPatch, ParametersBecomePortsAndTheResultKeepsTheInputExtent)
     EXPECT_EQ(qAlpha(image.pixel(5, 2)), 0);
 }
 
-TEST(ImageKernelPatch, KernelsWithoutImagesGenerateEverywhere)
+// What a crop to `rect` (image space) shows of a kernel without image inputs.
+QImage cropOfGenerator(const Node& kernel, const QRect& rect)
 {
-    Node kernel("QCImageKernel", "ImageKernel_1");
-    kernel.state("sourceCode", std::string("kernel vec4 stripes(float width) { return vec4(step(width, mod(destCoord().x, 2.0 * width))); }"))
-        .custom("width", 2.0);
     Node crop("QCImageFilter", "Crop_1");
-    crop.identifier("CICrop").input("inputRectangle_X", -4.0).input("inputRectangle_Y", 0.0)
-        .input("inputRectangle_Z", 8.0).input("inputRectangle_W", 1.0);
+    crop.identifier("CICrop").input("inputRectangle_X", double(rect.x())).input("inputRectangle_Y", double(rect.y()))
+        .input("inputRectangle_Z", double(rect.width())).input("inputRectangle_W", double(rect.height()));
     Node r = test::root();
     r.child(kernel).child(crop).connect("ImageKernel_1", "outputImage", "Crop_1", "inputImage");
     r.publishOutput("Image", "Crop_1", "outputImage");
     runtime::Renderer renderer(test::load(r), QSize(8, 8));
     renderer.render(0);
-    const QImage image = renderer.outputValue("Image").value<QImage>();
+    return renderer.outputValue("Image").value<QImage>();
+}
+
+TEST(ImageKernelPatch, KernelsWithoutImagesGenerateEverywhere)
+{
+    Node kernel("QCImageKernel", "ImageKernel_1");
+    kernel.state("sourceCode", std::string("kernel vec4 stripes(float width) { return vec4(step(width, mod(destCoord().x, 2.0 * width))); }"))
+        .custom("width", 2.0);
+    const QImage image = cropOfGenerator(kernel, QRect(-4, 0, 8, 1));
     ASSERT_EQ(image.size(), QSize(8, 1));
     // x from -4: mod(-3.5, 4) = 0.5 is in the lower half of its period,
     // mod(-1.5, 4) = 2.5 in the upper.
@@ -170,15 +176,8 @@ TEST(ImageKernelPatch, AKernelThatNeverEndsGivesNoImage)
 {
     Node kernel("QCImageKernel", "ImageKernel_1");
     kernel.state("sourceCode", std::string("kernel vec4 k(float x) { while (x < 1.0) { x = x * 1.0; } return vec4(x); }"));
-    Node crop("QCImageFilter", "Crop_1");
-    crop.identifier("CICrop").input("inputRectangle_Z", 4.0).input("inputRectangle_W", 4.0);
-    Node r = test::root();
-    r.child(kernel).child(crop).connect("ImageKernel_1", "outputImage", "Crop_1", "inputImage");
-    r.publishOutput("Image", "Crop_1", "outputImage");
-    runtime::Renderer renderer(test::load(r), QSize(8, 8));
-    renderer.render(0);
     // The crop of the stopped kernel holds only transparent pixels.
-    const QImage image = renderer.outputValue("Image").value<QImage>();
+    const QImage image = cropOfGenerator(kernel, QRect(0, 0, 4, 4));
     ASSERT_EQ(image.size(), QSize(4, 4));
     EXPECT_EQ(image.pixel(1, 1), 0u);
 }
