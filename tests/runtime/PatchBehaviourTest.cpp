@@ -302,6 +302,28 @@ TEST(ColorPatches, HslAndRgbRoundTrip)
     EXPECT_NEAR(renderer.outputValue("A").toDouble(), 0.5, 1e-9);
 }
 
+TEST(ColorPatches, ColorTransformTurnsHueAndScalesTheRest)
+{
+    Node transform("QCColorTransform", "ColorTransform_1");
+    transform.input("inputColor", test::colorValue(1, 0, 0, 1)).input("inputHue", 1.0 / 3.0).input("inputAlpha", 0.25);
+    Node split("QCColorToComponents", "RGB_1");
+    split.identifier("rgb");
+    Node r = test::root();
+    r.child(transform).child(split).connect("ColorTransform_1", "outputColor", "RGB_1", "inputColor");
+    r.publishInput("luminosity", "ColorTransform_1", "inputLuminosity").publishInput("saturation", "ColorTransform_1", "inputSaturation");
+    r.publishOutput("R", "RGB_1", "output1").publishOutput("G", "RGB_1", "output2").publishOutput("A", "RGB_1", "outputAlpha");
+    runtime::Renderer renderer(test::load(r), QSize(4, 4));
+    renderer.render(0);
+    EXPECT_NEAR(renderer.outputValue("R").toDouble(), 0.0, 1e-9);  // red turned a third: green
+    EXPECT_NEAR(renderer.outputValue("G").toDouble(), 1.0, 1e-9);
+    EXPECT_NEAR(renderer.outputValue("A").toDouble(), 0.25, 1e-9);
+    renderer.setInputValue("saturation", 0.0);  // grey at the same luminosity
+    renderer.setInputValue("luminosity", 0.8);
+    renderer.render(0);
+    EXPECT_NEAR(renderer.outputValue("R").toDouble(), 0.4, 1e-9);
+    EXPECT_NEAR(renderer.outputValue("G").toDouble(), 0.4, 1e-9);
+}
+
 TEST(LogicPatches, ConditionalWithToleranceAndCounterOnEdges)
 {
     Node cond("QCConditional", "Conditional_1");

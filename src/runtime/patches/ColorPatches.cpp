@@ -1,4 +1,5 @@
-// RGB and HSL colours from and to components (all 0…1, hue included).
+// RGB and HSL colours from and to components (all 0…1, hue included), and
+// Color Transform: a colour moved in HSL.
 
 #include "runtime/patches/PatchFamilies.h"
 
@@ -102,6 +103,37 @@ private:
     OutputPort* alpha_;
 };
 
+// Turns the hue by `inputHue` (a fraction of a turn, like every hue here)
+// and scales saturation, luminosity and alpha by their inputs.
+class ColorTransformPatch : public Patch {
+public:
+    explicit ColorTransformPatch(const PatchSetup& setup) : Patch(setup)
+    {
+        color_ = &addInput(QStringLiteral("inputColor"), PortType::Color, Color::white());
+        hue_ = &addInput(QStringLiteral("inputHue"), PortType::Number, 0.0);
+        saturation_ = &addInput(QStringLiteral("inputSaturation"), PortType::Number, 1.0);
+        luminosity_ = &addInput(QStringLiteral("inputLuminosity"), PortType::Number, 1.0);
+        alpha_ = &addInput(QStringLiteral("inputAlpha"), PortType::Number, 1.0);
+        output_ = &addOutput(QStringLiteral("outputColor"), PortType::Color);
+    }
+    void execute(ExecutionContext&, double) override
+    {
+        const Color c = color_->value.toColor();
+        double h = 0, s = 0, l = 0;
+        hslFromColor(c, &h, &s, &l);
+        const double alpha = std::clamp(c.alpha * number(alpha_), 0.0, 1.0);
+        setOutput(*output_, colorFromHsl(h + number(hue_), s * number(saturation_), l * number(luminosity_), alpha));
+    }
+
+private:
+    InputPort* color_;
+    InputPort* hue_;
+    InputPort* saturation_;
+    InputPort* luminosity_;
+    InputPort* alpha_;
+    OutputPort* output_;
+};
+
 bool rgbOrHsl(const QString& identifier)
 {
     return identifier.isEmpty() || identifier == QLatin1String("rgb") || identifier == QLatin1String("hsl");
@@ -113,6 +145,7 @@ void registerColorPatches(PatchRegistry& registry)
 {
     registry.add(QStringLiteral("QCColorFromComponents"), factoryOf<ColorFromComponentsPatch>(), rgbOrHsl);
     registry.add(QStringLiteral("QCColorToComponents"), factoryOf<ColorToComponentsPatch>(), rgbOrHsl);
+    registry.add(QStringLiteral("QCColorTransform"), factoryOf<ColorTransformPatch>());
 }
 
 }  // namespace runtime
