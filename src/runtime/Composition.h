@@ -67,8 +67,8 @@ public:
     // Everything that did not load as written, one line each.
     const QStringList& problems() const { return problems_; }
     // Node classes in the file (embedded virtual patches counted once) and
-    // those the runtime does not implement ("QCImageFilter/CIBloom" for
-    // unsupported variants, "/name" for undefined virtual patches).
+    // those the runtime does not implement ("QCImageFilter/CIShadedMaterial"
+    // for unsupported variants, "/name" for undefined virtual patches).
     const std::map<QString, int>& patchCounts() const { return patchCounts_; }
     const QStringList& unsupportedClasses() const { return unsupported_; }
 

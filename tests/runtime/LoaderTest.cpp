@@ -169,8 +169,8 @@ TEST(CompositionLoading, UnknownClassesLoadInertAndAreListed)
 {
     Node unknown("FBFancyPatch", "FBFancyPatch_1");
     unknown.input("inputWhatever", 3.0);
-    Node filter("QCImageFilter", "Bloom_1");
-    filter.identifier("CIBloom");
+    Node filter("QCImageFilter", "ShadedMaterial_1");
+    filter.identifier("CIShadedMaterial");
     Node plugIn("QCPlugInPatch", "PlugInPatch_1");
     plugIn.identifier("SimpleTextPlugIn");
     Node math("QCMath", "Math_1");
@@ -181,7 +181,7 @@ TEST(CompositionLoading, UnknownClassesLoadInertAndAreListed)
     r.publishInput("Whatever", "FBFancyPatch_1", "inputWhatever");
     auto c = test::load(r);
     ASSERT_TRUE(c);
-    EXPECT_EQ(c->unsupportedClasses(), QStringList({"FBFancyPatch", "QCImageFilter/CIBloom", "QCPlugInPatch/SimpleTextPlugIn"}));
+    EXPECT_EQ(c->unsupportedClasses(), QStringList({"FBFancyPatch", "QCImageFilter/CIShadedMaterial", "QCPlugInPatch/SimpleTextPlugIn"}));
     EXPECT_EQ(c->patchCounts().at("QCImageFilter"), 1);
     // The type of an untyped port comes from its stored value.
     EXPECT_EQ(c->input("Whatever")->type, PortType::Number);

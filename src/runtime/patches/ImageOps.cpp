@@ -8,19 +8,7 @@ namespace runtime {
 
 namespace {
 
-// Results larger than this are clamped; a filter chain must not allocate
-// gigabytes because a file says so.
 constexpr int kMaxSide = 8192;
-
-QRect clampedRect(QRect r)
-{
-    // No side above kMaxSide, no area above an 8K UHD frame.
-    r.setWidth(std::min(r.width(), kMaxSide));
-    r.setHeight(std::min(r.height(), kMaxSide));
-    constexpr qint64 kMaxPixels = 7680 * 4320;
-    if (qint64(r.width()) * r.height() > kMaxPixels) r.setHeight(int(kMaxPixels / std::max(r.width(), 1)));
-    return r;
-}
 
 QRgb premultiply(const Color& c)
 {
@@ -96,6 +84,24 @@ void drawInto(QPainter& painter, const Image& image, const QRect& region)
 
 }  // namespace
 
+QRect clampedRect(QRect r)
+{
+    // No side above kMaxSide, no area above an 8K UHD frame.
+    r.setWidth(std::min(r.width(), kMaxSide));
+    r.setHeight(std::min(r.height(), kMaxSide));
+    constexpr qint64 kMaxPixels = 7680 * 4320;
+    if (qint64(r.width()) * r.height() > kMaxPixels) r.setHeight(int(kMaxPixels / std::max(r.width(), 1)));
+    return r;
+}
+
+Image imageFromRenderer(const Image::Generator& render, const std::optional<QRect>& extent)
+{
+    if (!extent) return Image::infinite(render);
+    const QRect bounds = clampedRect(*extent);
+    if (bounds.isEmpty()) return {};
+    return Image::fromRaster(render(bounds), bounds.topLeft());
+}
+
 QTransform rasterToImageSpace(const QRect& extent)
 {
     return QTransform(1, 0, 0, -1, extent.x(), extent.y() + extent.height());
@@ -157,6 +163,42 @@ Image blurImage(const Image& image, double sigma)
     }
     const QRect grown = clampedRect(image.extent().adjusted(-margin, -margin, margin, margin));
     return Image::fromRaster(blurRaster(image.renderRegion(grown), sigma), grown.topLeft());
+}
+
+Image clampedToExtent(const Image& image, int margin)
+{
+    if (image.isNull() || image.isInfinite() || margin <= 0) return image;
+    const QImage& source = image.raster();
+    const QRect grown = clampedRect(image.extent().adjusted(-margin, -margin, margin, margin));
+    QImage out(grown.size(), QImage::Format_ARGB32_Premultiplied);
+    // Raster columns and rows of the result, back to the source's.
+    const int left = image.extent().x() - grown.x();
+    const int top = (grown.y() + grown.height()) - (image.extent().y() + image.extent().height());
+    for (int y = 0; y < out.height(); ++y) {
+        const auto* from = reinterpret_cast<const QRgb*>(source.constScanLine(std::clamp(y - top, 0, source.height() - 1)));
+        auto* line = reinterpret_cast<QRgb*>(out.scanLine(y));
+        for (int x = 0; x < out.width(); ++x) line[x] = from[std::clamp(x - left, 0, source.width() - 1)];
+    }
+    return Image::fromRaster(out, grown.topLeft());
+}
+
+Image boxBlurImage(const Image& image, int radius)
+{
+    if (image.isNull() || radius <= 0) return image;
+    const auto blurred = [radius](QImage raster) {
+        boxBlurRows(raster, radius);
+        raster = transposed(raster);
+        boxBlurRows(raster, radius);
+        return transposed(raster);
+    };
+    if (image.isInfinite()) {
+        return Image::infinite([image, radius, blurred](const QRect& region) {
+            const QRect wider = region.adjusted(-radius, -radius, radius, radius);
+            return blurred(image.renderRegion(wider)).copy(radius, radius, region.width(), region.height());
+        });
+    }
+    const QRect grown = clampedRect(image.extent().adjusted(-radius, -radius, radius, radius));
+    return Image::fromRaster(blurred(image.renderRegion(grown)), grown.topLeft());
 }
 
 Image composeImages(const Image& top, const Image& bottom, QPainter::CompositionMode mode)

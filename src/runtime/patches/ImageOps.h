@@ -10,6 +10,7 @@
 #include <QTransform>
 
 #include <functional>
+#include <optional>
 
 namespace runtime {
 
@@ -31,5 +32,18 @@ Image generatedImage(const std::function<Color(double x, double y)>& colorAt);
 
 // Raster rows ↔ image space.
 QTransform rasterToImageSpace(const QRect& extent);
+
+// Results larger than the limit (8192 a side, an 8K UHD frame in all) are
+// cut to it: a filter chain must not allocate gigabytes because a file says so.
+QRect clampedRect(QRect rect);
+// An image of the given extent (clamped; null when empty) whose pixels
+// `render` computes, or an infinite one without an extent.
+Image imageFromRenderer(const Image::Generator& render, const std::optional<QRect>& extent);
+// A finite image grown by `margin` pixels on each side, repeating its edge
+// pixels outward, so that a blur of it does not fade at the edges.
+Image clampedToExtent(const Image& image, int margin);
+// Box blur with a (2 × radius + 1)-pixel square; the extent grows by the
+// radius on each side.
+Image boxBlurImage(const Image& image, int radius);
 
 }  // namespace runtime

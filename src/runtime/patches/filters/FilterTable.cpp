@@ -1,0 +1,63 @@
+#include "runtime/patches/filters/FilterDefinition.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstring>
+#include <numbers>
+#include <string>
+
+namespace runtime {
+
+const Value& FilterInputs::value(const char* key) const
+{
+    static const Value none;
+    for (const auto& [k, port] : ports_)
+        if (std::strcmp(k, key) == 0) return port->value;
+    return none;
+}
+
+double FilterInputs::number(const char* key, double low, double high) const
+{
+    const double v = number(key);
+    return std::clamp(std::isnan(v) ? 0.0 : v, low, high);
+}
+
+QPointF FilterInputs::point(const char* prefix) const
+{
+    const std::string p(prefix);
+    // Far beyond any image, yet small enough to square without overflow.
+    constexpr double kFar = 1e9;
+    return {number((p + "_X").c_str(), -kFar, kFar), number((p + "_Y").c_str(), -kFar, kFar)};
+}
+
+double FilterInputs::angle(const char* key) const
+{
+    // Beyond a few turns an angle only loses precision.
+    return number(key, -1e6, 1e6) * std::numbers::pi / 180.0;
+}
+
+double FilterInputs::distance(const char* key) const
+{
+    const double d = number(key);
+    if (!normalized_) return d;
+    const Image in = image();
+    return d * (in.isNull() || in.isInfinite() ? 1.0 : in.pixelSize().width());
+}
+
+std::vector<const FilterDefinition*> allFilterDefinitions()
+{
+    std::vector<const FilterDefinition*> all;
+    for (const auto* family : {&compositingFilters(), &colorFilters(), &generatorFilters(), &geometryFilters(), &blurFilters(),
+                               &stylizeFilters()})
+        for (const FilterDefinition& f : *family) all.push_back(&f);
+    return all;
+}
+
+const FilterDefinition* findFilterDefinition(const QString& name)
+{
+    static const std::vector<const FilterDefinition*> all = allFilterDefinitions();
+    const auto found = std::find_if(all.begin(), all.end(), [&](const FilterDefinition* f) { return name == QLatin1String(f->name); });
+    return found == all.end() ? nullptr : *found;
+}
+
+}  // namespace runtime
