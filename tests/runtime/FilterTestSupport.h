@@ -12,42 +12,22 @@
 #include <algorithm>
 #include <cstdlib>
 #include <cstring>
-#include <deque>
-#include <utility>
-#include <vector>
 
 namespace test {
 
 // The filter with its defaults, the given ports set. A key the filter does
 // not have fails the test.
-inline runtime::Image applyFilter(const char* name, const std::vector<std::pair<const char*, runtime::Value>>& values = {},
-                                  bool normalized = false)
+inline runtime::Image applyFilter(const char* name, const runtime::FilterValues& values = {}, bool normalized = false)
 {
     const runtime::FilterDefinition* filter = runtime::findFilterDefinition(QString::fromLatin1(name));
     if (!filter) {
         ADD_FAILURE() << name << " is not in the table";
         return {};
     }
-    std::deque<runtime::InputPort> storage;
-    runtime::FilterInputs::Ports ports;
-    for (const runtime::FilterPort& p : filter->ports) {
-        runtime::InputPort& port = storage.emplace_back();
-        port.key = QString::fromLatin1(p.key);
-        port.type = p.type;
-        port.value = p.type == runtime::PortType::Color    ? runtime::Value(p.color)
-                     : p.type == runtime::PortType::Number ? runtime::Value(p.number)
-                                                           : runtime::Value();
-        ports.emplace_back(p.key, &port);
-    }
-    for (const auto& [key, value] : values) {
-        auto found = std::find_if(ports.begin(), ports.end(), [&](const auto& p) { return std::strcmp(p.first, key) == 0; });
-        if (found == ports.end()) {
+    for (const auto& [key, value] : values)
+        if (std::none_of(filter->ports.begin(), filter->ports.end(), [&](const auto& p) { return std::strcmp(p.key, key) == 0; }))
             ADD_FAILURE() << name << " has no port " << key;
-            continue;
-        }
-        found->second->assign(value);
-    }
-    return filter->apply(runtime::FilterInputs(ports, normalized));
+    return runtime::applyFilter(*filter, values, normalized);
 }
 
 // A raster of one colour whose lower-left pixel is at `origin`.

@@ -1,8 +1,9 @@
 #include "runtime/kernel/KernelProgram.h"
 
+#include "runtime/RowBands.h"
+
 #include <algorithm>
 #include <cmath>
-#include <thread>
 
 namespace runtime::kernel {
 
@@ -32,20 +33,15 @@ bool KernelProgram::render(const std::vector<Vec>& arguments, const std::vector<
     uchar* const bits = out.bits();  // detaches once, before any band starts
     const qsizetype stride = out.bytesPerLine();
     const int height = region.height();
-    // Small regions are not worth a thread.
-    const bool split = qint64(region.width()) * height >= kPixelsPerBand * 2;
-    const int bands = split ? std::clamp(int(std::thread::hardware_concurrency()), 1, std::min(kMaxBands, height)) : 1;
-    std::vector<std::thread> threads;
+    const int bands = rowBandCount(height, qint64(region.width()) * height);
+    // Each band runs its own copy of the program: a program's frame and
+    // slots are not shared. The copies are made here, before any band starts.
+    for (int band = 1; band < bands; ++band) helper(std::size_t(band - 1));
     std::vector<char> finished(std::size_t(bands), 1);
-    for (int band = 1; band < bands; ++band) {
-        const KernelProgram& copy = helper(std::size_t(band - 1));
-        threads.emplace_back([&, band] {
-            finished[std::size_t(band)] = copy.renderRows(arguments, samplers, region, bits, stride, height * band / bands,
-                                                          height * (band + 1) / bands);
-        });
-    }
-    finished[0] = renderRows(arguments, samplers, region, bits, stride, 0, height / bands);
-    for (std::thread& t : threads) t.join();
+    forEachRowBand(height, qint64(region.width()) * height, [&](int band, int firstRow, int endRow) {
+        const KernelProgram& program = band == 0 ? *this : helper(std::size_t(band - 1));
+        finished[std::size_t(band)] = program.renderRows(arguments, samplers, region, bits, stride, firstRow, endRow);
+    });
     return std::all_of(finished.begin(), finished.end(), [](char ok) { return ok != 0; });
 }
 

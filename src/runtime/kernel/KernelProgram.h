@@ -33,9 +33,6 @@ public:
 
     // Loop rounds a block of pixels may take before the kernel is stopped.
     static constexpr int kLoopBudget = 1 << 16;
-    // Work per core below which a region is not split.
-    static constexpr qint64 kPixelsPerBand = 32768;
-    static constexpr int kMaxBands = 8;
 
 private:
     friend class Parser;

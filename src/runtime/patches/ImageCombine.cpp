@@ -1,5 +1,6 @@
 #include "runtime/patches/ImageCombine.h"
 
+#include "runtime/RowBands.h"
 #include "runtime/patches/ImageOps.h"
 
 namespace runtime {
@@ -13,17 +14,22 @@ Image combineImages(const std::vector<Image>& inputs, const std::optional<QRect>
         std::vector<QImage> rasters;
         for (const Image& image : inputs) rasters.push_back(image.isNull() ? QImage() : image.renderRegion(part));
         QImage out(size, QImage::Format_ARGB32_Premultiplied);
-        std::vector<PixelColor> pixels(inputs.size());
-        for (int row = 0; row < size.height(); ++row) {
-            auto* line = reinterpret_cast<QRgb*>(out.scanLine(row));
-            for (int x = 0; x < size.width(); ++x) {
-                for (std::size_t i = 0; i < rasters.size(); ++i) {
-                    const QImage& r = rasters[i];
-                    pixels[i] = r.isNull() ? PixelColor{} : PixelColor::fromPixel(reinterpret_cast<const QRgb*>(r.constScanLine(row))[x]);
+        uchar* const bits = out.bits();  // detached once, before the bands start
+        const qsizetype stride = out.bytesPerLine();
+        forEachRowBand(size.height(), qint64(size.width()) * size.height(), [&](int, int firstRow, int endRow) {
+            std::vector<PixelColor> pixels(rasters.size());
+            std::vector<const QRgb*> inputRows(rasters.size());
+            for (int row = firstRow; row < endRow; ++row) {
+                for (std::size_t i = 0; i < rasters.size(); ++i)
+                    inputRows[i] = rasters[i].isNull() ? nullptr : reinterpret_cast<const QRgb*>(rasters[i].constScanLine(row));
+                auto* line = reinterpret_cast<QRgb*>(bits + row * stride);
+                for (int x = 0; x < size.width(); ++x) {
+                    for (std::size_t i = 0; i < inputRows.size(); ++i)
+                        pixels[i] = inputRows[i] ? PixelColor::fromPixel(inputRows[i][x]) : PixelColor{};
+                    line[x] = combine(pixels.data()).toPixel();
                 }
-                line[x] = combine(pixels.data()).toPixel();
             }
-        }
+        });
         return out;
     };
     return imageFromRenderer(render, extent);

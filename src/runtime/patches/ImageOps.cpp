@@ -1,7 +1,10 @@
 #include "runtime/patches/ImageOps.h"
 
+#include "runtime/RowBands.h"
+
 #include <algorithm>
 #include <cmath>
+#include <cstdint>
 #include <vector>
 
 namespace runtime {
@@ -27,34 +30,55 @@ void boxBlurRows(QImage& image, int r)
 {
     if (r <= 0) return;
     const int w = image.width();
-    std::vector<int> sums(std::size_t(w + 1) * 4);
-    const int window = 2 * r + 1;
-    for (int y = 0; y < image.height(); ++y) {
-        auto* line = reinterpret_cast<QRgb*>(image.scanLine(y));
-        // Prefix sums of the row make each output pixel O(1).
-        for (int x = 0; x < w; ++x) {
-            const QRgb p = line[x];
-            const std::size_t i = std::size_t(x + 1) * 4, j = std::size_t(x) * 4;
-            sums[i] = sums[j] + qRed(p);
-            sums[i + 1] = sums[j + 1] + qGreen(p);
-            sums[i + 2] = sums[j + 2] + qBlue(p);
-            sums[i + 3] = sums[j + 3] + qAlpha(p);
+    // sum / window by a multiplication: exact, since a sum is at most
+    // 255 × window, and far cheaper than four divisions a pixel.
+    const std::uint64_t reciprocal = ((std::uint64_t(1) << 32) + 2 * r) / std::uint64_t(2 * r + 1);
+    const auto mean = [reciprocal](int sum) { return int((std::uint64_t(sum) * reciprocal) >> 32); };
+    uchar* const bits = image.bits();  // detached once, before the bands start
+    const qsizetype stride = image.bytesPerLine();
+    forEachRowBand(image.height(), qint64(w) * image.height(), [&](int, int firstRow, int endRow) {
+        std::vector<int> sums(std::size_t(w + 1) * 4);
+        for (int y = firstRow; y < endRow; ++y) {
+            auto* line = reinterpret_cast<QRgb*>(bits + y * stride);
+            // Prefix sums of the row make each output pixel O(1).
+            for (int x = 0; x < w; ++x) {
+                const QRgb p = line[x];
+                const std::size_t i = std::size_t(x + 1) * 4, j = std::size_t(x) * 4;
+                sums[i] = sums[j] + qRed(p);
+                sums[i + 1] = sums[j + 1] + qGreen(p);
+                sums[i + 2] = sums[j + 2] + qBlue(p);
+                sums[i + 3] = sums[j + 3] + qAlpha(p);
+            }
+            for (int x = 0; x < w; ++x) {
+                const std::size_t hi = std::size_t(std::min(x + r + 1, w)) * 4, lo = std::size_t(std::max(x - r, 0)) * 4;
+                line[x] = qRgba(mean(sums[hi] - sums[lo]), mean(sums[hi + 1] - sums[lo + 1]), mean(sums[hi + 2] - sums[lo + 2]),
+                                mean(sums[hi + 3] - sums[lo + 3]));
+            }
         }
-        for (int x = 0; x < w; ++x) {
-            const std::size_t hi = std::size_t(std::min(x + r + 1, w)) * 4, lo = std::size_t(std::max(x - r, 0)) * 4;
-            line[x] = qRgba((sums[hi] - sums[lo]) / window, (sums[hi + 1] - sums[lo + 1]) / window,
-                            (sums[hi + 2] - sums[lo + 2]) / window, (sums[hi + 3] - sums[lo + 3]) / window);
-        }
-    }
+    });
 }
 
+// Rows become columns. Bands of the result's rows, read as columns of the
+// source, keep every core writing lines of its own.
 QImage transposed(const QImage& image)
 {
     QImage out(image.height(), image.width(), QImage::Format_ARGB32_Premultiplied);
-    for (int y = 0; y < image.height(); ++y) {
-        const auto* line = reinterpret_cast<const QRgb*>(image.constScanLine(y));
-        for (int x = 0; x < image.width(); ++x) reinterpret_cast<QRgb*>(out.scanLine(x))[y] = line[x];
-    }
+    uchar* const bits = out.bits();
+    const qsizetype stride = out.bytesPerLine();
+    const uchar* const source = image.constBits();
+    const qsizetype sourceStride = image.bytesPerLine();
+    const int sourceRows = image.height();
+    forEachRowBand(out.height(), qint64(out.width()) * out.height(), [&](int, int firstRow, int endRow) {
+        // Blocks of 64 source rows keep the lines being read in cache.
+        constexpr int kBlock = 64;
+        for (int y0 = 0; y0 < sourceRows; y0 += kBlock) {
+            const int y1 = std::min(y0 + kBlock, sourceRows);
+            for (int x = firstRow; x < endRow; ++x) {
+                auto* line = reinterpret_cast<QRgb*>(bits + x * stride);
+                for (int y = y0; y < y1; ++y) line[y] = reinterpret_cast<const QRgb*>(source + y * sourceStride)[x];
+            }
+        }
+    });
     return out;
 }
 
@@ -245,18 +269,27 @@ Image mapColors(const Image& image, const std::function<Color(const Color&)>& fu
     return Image::fromRaster(apply(image.raster().copy()), image.origin());
 }
 
-Image generatedImage(const std::function<Color(double x, double y)>& colorAt)
+QImage shadePixels(const QRect& region, const std::function<QRgb(double x, double y)>& pixelAt)
 {
-    return Image::infinite([colorAt](const QRect& region) {
-        QImage out(clampedRect(region).size(), QImage::Format_ARGB32_Premultiplied);
-        for (int row = 0; row < out.height(); ++row) {
-            auto* line = reinterpret_cast<QRgb*>(out.scanLine(row));
+    QImage out(clampedRect(region).size(), QImage::Format_ARGB32_Premultiplied);
+    uchar* const bits = out.bits();  // detached once, before the bands start
+    const qsizetype stride = out.bytesPerLine();
+    const int width = out.width();
+    forEachRowBand(out.height(), qint64(width) * out.height(), [&](int, int firstRow, int endRow) {
+        for (int row = firstRow; row < endRow; ++row) {
+            auto* line = reinterpret_cast<QRgb*>(bits + row * stride);
             // Pixel centres in image space; rows run top-down.
             const double y = region.y() + region.height() - row - 0.5;
-            for (int x = 0; x < out.width(); ++x) line[x] = premultiply(colorAt(region.x() + x + 0.5, y));
+            for (int x = 0; x < width; ++x) line[x] = pixelAt(region.x() + x + 0.5, y);
         }
-        return out;
     });
+    return out;
+}
+
+Image generatedImage(const std::function<Color(double x, double y)>& colorAt)
+{
+    return Image::infinite(
+        [colorAt](const QRect& region) { return shadePixels(region, [&colorAt](double x, double y) { return premultiply(colorAt(x, y)); }); });
 }
 
 }  // namespace runtime

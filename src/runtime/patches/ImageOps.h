@@ -30,6 +30,9 @@ Image mapColors(const Image& image, const std::function<Color(const Color&)>& fu
 // Generators (infinite images). `colorAt` gets an image-space point.
 Image generatedImage(const std::function<Color(double x, double y)>& colorAt);
 
+// A raster of `region` (clamped to the size limit) whose pixels are
+// `pixelAt` their centres in image space, computed on all cores.
+QImage shadePixels(const QRect& region, const std::function<QRgb(double x, double y)>& pixelAt);
 // Raster rows ↔ image space.
 QTransform rasterToImageSpace(const QRect& extent);
 

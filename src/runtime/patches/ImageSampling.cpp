@@ -3,6 +3,7 @@
 #include "runtime/patches/ImageOps.h"
 
 #include <cmath>
+#include <utility>
 
 namespace runtime {
 
@@ -29,7 +30,7 @@ SourcePixels SourcePixels::of(const Image& image, const QRectF& wanted)
     if (!image.isInfinite()) area = area.intersected(image.extent());
     area = clampedRect(area);
     if (area.isEmpty()) return s;
-    s.raster_ = image.renderRegion(area);
+    s.setRaster(image.renderRegion(area));
     s.area_ = area;
     return s;
 }
@@ -40,21 +41,39 @@ SourcePixels SourcePixels::tiled(const Image& image)
     if (image.isNull() || image.isInfinite()) return s;
     s.area_ = clampedRect(image.extent());
     if (s.area_.isEmpty()) return s;
-    s.raster_ = image.renderRegion(s.area_);
+    s.setRaster(image.renderRegion(s.area_));
     s.tiled_ = true;
     return s;
 }
 
+void SourcePixels::setRaster(QImage raster)
+{
+    raster_ = std::move(raster);
+    bits_ = raster_.constBits();
+    stride_ = raster_.bytesPerLine();
+    width_ = raster_.width();
+    height_ = raster_.height();
+}
+
 const QRgb* SourcePixels::pixel(qint64 column, qint64 row) const
 {
-    const qint64 w = raster_.width(), h = raster_.height();
     if (tiled_) {
-        column = wrapped(column, w);
-        row = wrapped(row, h);
-    } else if (column < 0 || row < 0 || column >= w || row >= h) {
+        column = wrapped(column, width_);
+        row = wrapped(row, height_);
+    } else if (column < 0 || row < 0 || column >= width_ || row >= height_) {
         return nullptr;
     }
-    return reinterpret_cast<const QRgb*>(raster_.constScanLine(int(row))) + column;
+    return reinterpret_cast<const QRgb*>(bits_ + row * stride_) + column;
+}
+
+// Where some of the four pixels lie outside the raster, or wrap around it.
+PixelColor SourcePixels::bilinearAtEdge(qint64 column, qint64 row, float tx, float ty) const
+{
+    const auto get = [this](qint64 c, qint64 r) {
+        const QRgb* p = pixel(c, r);
+        return p ? *p : QRgb(0);
+    };
+    return bilinearPixel(get(column, row), get(column + 1, row), get(column, row + 1), get(column + 1, row + 1), tx, ty);
 }
 
 PixelColor SourcePixels::at(double x, double y) const
@@ -65,14 +84,12 @@ PixelColor SourcePixels::at(double x, double y) const
     if (!(std::abs(fx) < kFar && std::abs(fy) < kFar)) return {};
     const double x0 = std::floor(fx), y0 = std::floor(fy);
     const float tx = float(fx - x0), ty = float(fy - y0);
-    const auto get = [this](qint64 c, qint64 r) {
-        const QRgb* p = pixel(c, r);
-        return p ? PixelColor::fromPixel(*p) : PixelColor{};
-    };
     const qint64 c = qint64(x0), r = qint64(y0);
-    const PixelColor top = mixPixels(get(c, r), get(c + 1, r), tx);
-    const PixelColor bottom = mixPixels(get(c, r + 1), get(c + 1, r + 1), tx);
-    return mixPixels(top, bottom, ty);
+    if (tiled_ || c < 0 || r < 0 || c + 1 >= width_ || r + 1 >= height_) return bilinearAtEdge(c, r, tx, ty);
+    // The usual case: all four pixels inside.
+    const auto* top = reinterpret_cast<const QRgb*>(bits_ + r * stride_) + c;
+    const auto* bottom = reinterpret_cast<const QRgb*>(reinterpret_cast<const uchar*>(top) + stride_);
+    return bilinearPixel(top[0], top[1], bottom[0], bottom[1], tx, ty);
 }
 
 PixelColor SourcePixels::nearest(double x, double y) const
@@ -88,14 +105,7 @@ namespace {
 
 QImage shadeRegion(const SourcePixels& pixels, const QRect& region, const PixelShader& shade)
 {
-    QImage out(clampedRect(region).size(), QImage::Format_ARGB32_Premultiplied);
-    for (int row = 0; row < out.height(); ++row) {
-        auto* line = reinterpret_cast<QRgb*>(out.scanLine(row));
-        // Pixel centres in image space; rows run top-down.
-        const double y = region.y() + region.height() - row - 0.5;
-        for (int x = 0; x < out.width(); ++x) line[x] = shade(pixels, region.x() + x + 0.5, y).toPixel();
-    }
-    return out;
+    return shadePixels(region, [&](double x, double y) { return shade(pixels, x, y).toPixel(); });
 }
 
 }  // namespace

@@ -32,7 +32,13 @@ public:
 
 private:
     const QRgb* pixel(qint64 column, qint64 row) const;
+    PixelColor bilinearAtEdge(qint64 column, qint64 row, float tx, float ty) const;
+    void setRaster(QImage raster);
     QImage raster_;
+    // The raster's layout, read for every sample.
+    const uchar* bits_ = nullptr;
+    qsizetype stride_ = 0;
+    qint64 width_ = 0, height_ = 0;
     QRect area_;
     bool tiled_ = false;
 };

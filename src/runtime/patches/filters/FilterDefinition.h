@@ -77,6 +77,11 @@ const std::vector<FilterDefinition>& geometryFilters();
 const std::vector<FilterDefinition>& blurFilters();
 const std::vector<FilterDefinition>& stylizeFilters();
 
+// Runs a filter outside a patch, from its defaults with the given ports set
+// (keys it does not have are ignored): for tests and benchmarks.
+using FilterValues = std::vector<std::pair<const char*, Value>>;
+Image applyFilter(const FilterDefinition& filter, const FilterValues& values, bool normalized = false);
+
 // Every filter the patch runs, by Core Image name; null for others.
 const FilterDefinition* findFilterDefinition(const QString& name);
 std::vector<const FilterDefinition*> allFilterDefinitions();

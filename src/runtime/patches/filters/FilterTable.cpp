@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstring>
+#include <deque>
 #include <numbers>
 #include <string>
 
@@ -42,6 +43,24 @@ double FilterInputs::distance(const char* key) const
     if (!normalized_) return d;
     const Image in = image();
     return d * (in.isNull() || in.isInfinite() ? 1.0 : in.pixelSize().width());
+}
+
+Image applyFilter(const FilterDefinition& filter, const FilterValues& values, bool normalized)
+{
+    std::deque<InputPort> storage;  // stable addresses for the port list
+    FilterInputs::Ports ports;
+    for (const FilterPort& p : filter.ports) {
+        InputPort& port = storage.emplace_back();
+        port.key = QString::fromLatin1(p.key);
+        port.type = p.type;
+        port.value = p.type == PortType::Color ? Value(p.color) : p.type == PortType::Number ? Value(p.number) : Value();
+        ports.emplace_back(p.key, &port);
+    }
+    for (const auto& [key, value] : values) {
+        const auto found = std::find_if(ports.begin(), ports.end(), [&](const auto& p) { return std::strcmp(p.first, key) == 0; });
+        if (found != ports.end()) found->second->assign(value);
+    }
+    return filter.apply(FilterInputs(ports, normalized));
 }
 
 std::vector<const FilterDefinition*> allFilterDefinitions()
