@@ -24,9 +24,11 @@ inline runtime::Image applyFilter(const char* name, const runtime::FilterValues&
         ADD_FAILURE() << name << " is not in the table";
         return {};
     }
-    for (const auto& [key, value] : values)
-        if (std::none_of(filter->ports.begin(), filter->ports.end(), [&](const auto& p) { return std::strcmp(p.key, key) == 0; }))
+    for (const auto& entry : values) {
+        const char* key = entry.first;
+        if (std::none_of(filter->ports.begin(), filter->ports.end(), [key](const auto& p) { return std::strcmp(p.key, key) == 0; }))
             ADD_FAILURE() << name << " has no port " << key;
+    }
     return runtime::applyFilter(*filter, values, normalized);
 }
 

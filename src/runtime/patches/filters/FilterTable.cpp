@@ -56,9 +56,10 @@ Image applyFilter(const FilterDefinition& filter, const FilterValues& values, bo
         port.value = p.type == PortType::Color ? Value(p.color) : p.type == PortType::Number ? Value(p.number) : Value();
         ports.emplace_back(p.key, &port);
     }
-    for (const auto& [key, value] : values) {
-        const auto found = std::find_if(ports.begin(), ports.end(), [&](const auto& p) { return std::strcmp(p.first, key) == 0; });
-        if (found != ports.end()) found->second->assign(value);
+    for (const auto& entry : values) {
+        const char* key = entry.first;
+        const auto found = std::find_if(ports.begin(), ports.end(), [key](const auto& p) { return std::strcmp(p.first, key) == 0; });
+        if (found != ports.end()) found->second->assign(entry.second);
     }
     return filter.apply(FilterInputs(ports, normalized));
 }
