@@ -6,10 +6,7 @@
 #include <set>
 
 using runtime::Image;
-using test::applyFilter;
-using test::near;
-using test::pixelAt;
-using test::solidImage;
+using namespace test;  // the filter helpers
 
 namespace {
 

@@ -4,10 +4,7 @@
 #include "FilterTestSupport.h"
 
 using runtime::Image;
-using test::applyFilter;
-using test::near;
-using test::pixelAt;
-using test::solidImage;
+using namespace test;  // the filter helpers
 
 namespace {
 

@@ -8,9 +8,7 @@
 
 using runtime::Color;
 using runtime::Image;
-using test::applyFilter;
-using test::near;
-using test::pixelAt;
+using namespace test;  // the filter helpers
 
 namespace {
 

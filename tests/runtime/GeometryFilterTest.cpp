@@ -10,10 +10,7 @@
 
 using runtime::Color;
 using runtime::Image;
-using test::applyFilter;
-using test::near;
-using test::pixelAt;
-using test::solidImage;
+using namespace test;  // the filter helpers
 
 namespace {
 
