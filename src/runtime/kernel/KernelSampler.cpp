@@ -1,9 +1,20 @@
 #include "runtime/kernel/KernelSampler.h"
 
+#include "runtime/PixelColor.h"
+
 #include <algorithm>
 #include <cmath>
 
 namespace runtime::kernel {
+
+namespace {
+
+Vec vecOf(const PixelColor& c)
+{
+    return {{c.red, c.green, c.blue, c.alpha}};
+}
+
+}  // namespace
 
 Sampler::Sampler(const Image& image, const QRect& neededRegion, Filter filter, Wrap wrap) : filter_(filter), wrap_(wrap)
 {
@@ -38,9 +49,7 @@ Vec Sampler::pixel(int column, int rowFromBottom) const
         rowFromBottom = std::clamp(rowFromBottom, 0, height_ - 1);
     }
     const auto* line = reinterpret_cast<const QRgb*>(bits_ + stride_ * (height_ - 1 - rowFromBottom));
-    const QRgb p = line[column];
-    constexpr float k = 1.0f / 255.0f;
-    return {{qRed(p) * k, qGreen(p) * k, qBlue(p) * k, qAlpha(p) * k}};
+    return vecOf(PixelColor::fromPixel(line[column]));
 }
 
 Vec Sampler::sample(float x, float y) const
@@ -53,19 +62,13 @@ Vec Sampler::sample(float x, float y) const
     const float x0 = std::floor(fx), y0 = std::floor(fy);
     const float tx = fx - x0, ty = fy - y0;
     const int c = int(x0), r = int(y0);
-    constexpr float k = 1.0f / 255.0f;
     if (c >= 0 && r >= 0 && c + 1 < width_ && r + 1 < height_) {
         // Inside the raster: no edge rules, and most kernels read pixel
         // centres, where one pixel is the whole answer.
         const auto* bottom = reinterpret_cast<const QRgb*>(bits_ + stride_ * (height_ - 1 - r)) + c;
-        if (tx == 0 && ty == 0) return {{qRed(*bottom) * k, qGreen(*bottom) * k, qBlue(*bottom) * k, qAlpha(*bottom) * k}};
+        if (tx == 0 && ty == 0) return vecOf(PixelColor::fromPixel(*bottom));
         const auto* top = reinterpret_cast<const QRgb*>(reinterpret_cast<const uchar*>(bottom) - stride_);
-        const float w00 = (1 - tx) * (1 - ty) * k, w10 = tx * (1 - ty) * k, w01 = (1 - tx) * ty * k, w11 = tx * ty * k;
-        const auto mix = [&](int shift) {
-            return float((bottom[0] >> shift) & 0xff) * w00 + float((bottom[1] >> shift) & 0xff) * w10 +
-                   float((top[0] >> shift) & 0xff) * w01 + float((top[1] >> shift) & 0xff) * w11;
-        };
-        return {{mix(16), mix(8), mix(0), mix(24)}};
+        return vecOf(bilinearPixel(bottom[0], bottom[1], top[0], top[1], tx, ty));
     }
     const Vec a = pixel(c, r), b = pixel(c + 1, r), d = pixel(c, r + 1), e = pixel(c + 1, r + 1);
     Vec out;

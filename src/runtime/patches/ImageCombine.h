@@ -3,7 +3,7 @@
 // compositing, blend modes, masks and dissolves.
 
 #include "runtime/Image.h"
-#include "runtime/patches/PixelColor.h"
+#include "runtime/PixelColor.h"
 
 #include <functional>
 #include <optional>

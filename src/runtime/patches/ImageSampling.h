@@ -4,7 +4,7 @@
 // cells. The source is rendered once per region, only where it is read.
 
 #include "runtime/Image.h"
-#include "runtime/patches/PixelColor.h"
+#include "runtime/PixelColor.h"
 
 #include <QPointF>
 #include <QRectF>

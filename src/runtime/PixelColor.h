@@ -33,15 +33,15 @@ struct PixelColor {
     PixelColor& operator+=(const PixelColor& o) { return *this = *this + o; }
 };
 
-// The bilinear mix of four pixels: `tx` from left to right, `ty` from top
-// to bottom.
-inline PixelColor bilinearPixel(QRgb topLeft, QRgb topRight, QRgb bottomLeft, QRgb bottomRight, float tx, float ty)
+// The bilinear mix of four pixels, two of one row and the two below or
+// above them: `tx` from left to right, `ty` from the first row to the second.
+inline PixelColor bilinearPixel(QRgb firstLeft, QRgb firstRight, QRgb secondLeft, QRgb secondRight, float tx, float ty)
 {
     const float a = (1 - tx) * (1 - ty) * PixelColor::kStep, b = tx * (1 - ty) * PixelColor::kStep,
                 c = (1 - tx) * ty * PixelColor::kStep, d = tx * ty * PixelColor::kStep;
     const auto channel = [&](int shift) {
-        return float((topLeft >> shift) & 0xff) * a + float((topRight >> shift) & 0xff) * b +
-               float((bottomLeft >> shift) & 0xff) * c + float((bottomRight >> shift) & 0xff) * d;
+        return float((firstLeft >> shift) & 0xff) * a + float((firstRight >> shift) & 0xff) * b +
+               float((secondLeft >> shift) & 0xff) * c + float((secondRight >> shift) & 0xff) * d;
     };
     return {channel(16), channel(8), channel(0), channel(24)};
 }
