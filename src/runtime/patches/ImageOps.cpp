@@ -94,6 +94,12 @@ QImage blurRaster(QImage raster, double sigma)
     return transposed(raster);
 }
 
+// Raster rows (top-down) to image space (y up) for a raster of `extent`.
+QTransform rasterToImageSpace(const QRect& extent)
+{
+    return QTransform(1, 0, 0, -1, extent.x(), extent.y() + extent.height());
+}
+
 // Draws `image` (image space) into a raster covering `region`.
 void drawInto(QPainter& painter, const Image& image, const QRect& region)
 {
@@ -124,11 +130,6 @@ Image imageFromRenderer(const Image::Generator& render, const std::optional<QRec
     const QRect bounds = clampedRect(*extent);
     if (bounds.isEmpty()) return {};
     return Image::fromRaster(render(bounds), bounds.topLeft());
-}
-
-QTransform rasterToImageSpace(const QRect& extent)
-{
-    return QTransform(1, 0, 0, -1, extent.x(), extent.y() + extent.height());
 }
 
 Image cropImage(const Image& image, const QRect& rect)

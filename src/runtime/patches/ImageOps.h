@@ -33,8 +33,6 @@ Image generatedImage(const std::function<Color(double x, double y)>& colorAt);
 // A raster of `region` (clamped to the size limit) whose pixels are
 // `pixelAt` their centres in image space, computed on all cores.
 QImage shadePixels(const QRect& region, const std::function<QRgb(double x, double y)>& pixelAt);
-// Raster rows ↔ image space.
-QTransform rasterToImageSpace(const QRect& extent);
 
 // Results larger than the limit (8192 a side, an 8K UHD frame in all) are
 // cut to it: a filter chain must not allocate gigabytes because a file says so.
