@@ -250,6 +250,10 @@ VLWindowController::CloseAnswer VLWindowController::askToSave(VLWindowController
 
 void VLWindowController::closeEvent(QCloseEvent* event)
 {
+    if (document_ && !document_->canCloseDocument()) {
+        event->ignore();
+        return;
+    }
     // A template is always treated as edited: there is always the question.
     const CloseAnswer answer = closeQuestion_ ? closeQuestion_(*this) : CloseAnswer::DontSave;
     if (answer == CloseAnswer::Cancel || (answer == CloseAnswer::Save && !saveDocument())) {

@@ -16,8 +16,9 @@ const std::vector<Command>& commands()
          "doc add DOC.composition PATH...\n"
          "doc info DOC.composition\n"
          "doc export DOC.composition OUT.qtz [--background]\n"
-         "doc apply DOC.composition EDITS.json\n"
-         "doc dump DOC.composition",
+         "doc apply DOC.composition EDITS.json [--dump] [--dry-run]\n"
+         "doc dump DOC.composition [--time S]\n"
+         "doc repair DOC.composition",
          runDocCommand},
     };
     return all;

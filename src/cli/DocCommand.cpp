@@ -9,13 +9,20 @@
 #include "document/CompositionDocument.h"
 #include "document/CompositionExport.h"
 #include "model/Composition.h"
+#include "model/StoreFile.h"
 #include "model/VideoModeCatalogue.h"
 #include "model/VideoResolution.h"
 
+#include <QDir>
 #include <QFile>
 #include <QFileInfo>
+#include <QSet>
 #include <QJsonArray>
 #include <QJsonDocument>
+
+#include <algorithm>
+#include <cmath>
+#include <optional>
 
 namespace cli {
 
@@ -126,9 +133,20 @@ int runExport(const QStringList& args, Streams& io)
     return kSuccess;
 }
 
-int runApply(const QStringList& args, Streams& io)
+// Takes the flags out of `args`; false when one that is not known is left.
+bool takeFlags(QStringList& args, std::initializer_list<const char*> known, QSet<QString>& given)
 {
-    if (args.size() != 2) return usage(io, QStringLiteral("doc apply needs a document and an edits file"));
+    for (const char* flag : known)
+        if (args.removeAll(QLatin1String(flag)) > 0) given.insert(QLatin1String(flag));
+    return std::none_of(args.begin(), args.end(), [](const QString& a) { return a.startsWith(QLatin1String("--")); });
+}
+
+int runApply(const QStringList& arguments, Streams& io)
+{
+    QStringList args = arguments;
+    QSet<QString> flags;
+    if (!takeFlags(args, {"--dump", "--dry-run"}, flags) || args.size() != 2)
+        return usage(io, QStringLiteral("doc apply needs a document and an edits file, and takes only --dump and --dry-run"));
     QFile file(args[1]);
     if (!file.open(QIODevice::ReadOnly)) return failure(io, QStringLiteral("cannot read %1").arg(args[1]));
     QJsonParseError parse;
@@ -142,16 +160,50 @@ int runApply(const QStringList& args, Streams& io)
     QStringList messages;
     if (!applyEdits(*document, json.array(), &error, &messages)) return failure(io, error);
     for (const QString& m : messages) io.err << m << "\n";
+    // The model as the edits left it, playhead and selection included.
+    if (flags.contains(QStringLiteral("--dump"))) printJson(io, compositionJson(*document->composition()));
+    if (flags.contains(QStringLiteral("--dry-run"))) return kSuccess;
     return save(*document, io);
 }
 
 int runDump(const QStringList& args, Streams& io)
 {
-    if (args.size() != 1) return usage(io, QStringLiteral("doc dump needs one document"));
-    auto document = openDocument(args[0], io);
+    QStringList rest = args;
+    std::optional<double> time;
+    const qsizetype at = rest.indexOf(QStringLiteral("--time"));
+    if (at >= 0) {
+        bool ok = false;
+        const double t = at + 1 < rest.size() ? rest[at + 1].toDouble(&ok) : 0.0;
+        if (!ok || !std::isfinite(t)) return usage(io, QStringLiteral("--time needs a number of seconds"));
+        time = t;
+        rest.remove(at, 2);
+    }
+    if (rest.size() != 1 || rest[0].startsWith(QLatin1String("--"))) return usage(io, QStringLiteral("doc dump needs one document"));
+    auto document = openDocument(rest[0], io);
     if (!document) return kFailure;
+    // Values are read where the playhead would stand: on the frame grid.
+    if (time) document->composition()->setEditorTimepointForNearestTick(*time);
     printJson(io, compositionJson(*document->composition()));
     return kSuccess;
+}
+
+// Opens what can be read of a damaged package, lists what was dropped and
+// saves; the damaged store is kept beside it.
+int runRepair(const QStringList& args, Streams& io)
+{
+    if (args.size() != 1 || args[0].startsWith(QLatin1String("--"))) return usage(io, QStringLiteral("doc repair needs one document"));
+    QString error;
+    auto document = CompositionDocument::open(args[0], &error, model::StoreReadMode::DropUnreadable);
+    if (!document) return failure(io, QStringLiteral("cannot repair %1: %2").arg(args[0], error));
+    const QStringList dropped = document->droppedOnRead();
+    printJson(io, QJsonObject{{QStringLiteral("dropped"), QJsonArray::fromStringList(dropped)}});
+    if (dropped.isEmpty()) return kSuccess;  // nothing to mend
+    const QString store = QDir(args[0]).filePath(CompositionDocument::storeFileName());
+    const QString kept = store + QStringLiteral(".damaged");
+    QFile::remove(kept);
+    if (!QFile::copy(store, kept)) return failure(io, QStringLiteral("cannot keep a copy of the damaged store as %1").arg(kept));
+    io.err << "velloran-cli: the damaged store is kept as " << kept << "\n";
+    return save(*document, io);
 }
 
 }  // namespace
@@ -167,6 +219,7 @@ int runDocCommand(const QStringList& args, Streams& io)
     if (sub == QLatin1String("export")) return runExport(rest, io);
     if (sub == QLatin1String("apply")) return runApply(rest, io);
     if (sub == QLatin1String("dump")) return runDump(rest, io);
+    if (sub == QLatin1String("repair")) return runRepair(rest, io);
     return usage(io, QStringLiteral("unknown subcommand '%1'").arg(sub));
 }
 

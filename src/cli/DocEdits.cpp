@@ -40,7 +40,7 @@ public:
         model::UndoGroup step(composition_.store()->undoManager());
         if (op == QLatin1String("composition")) editComposition(edit);
         else if (op == QLatin1String("add")) add(edit);
-        else if (op == QLatin1String("time")) composition_.setEditorTimepoint(number(edit, "t"));
+        else if (op == QLatin1String("time")) composition_.setEditorTimepointForNearestTick(number(edit, "t"));
         else if (op == QLatin1String("set")) set(edit);
         else if (op == QLatin1String("animate")) attribute(edit)->setAnimateable(boolean(edit, "on"));
         else if (op == QLatin1String("permission")) attribute(edit)->setPermissionToChange(boolean(edit, "allowed"));
@@ -170,16 +170,25 @@ private:
 
     void set(const QJsonObject& edit)
     {
+        // Through the component, as the inspector writes: width and height
+        // keep their proportions there, and the picture is told.
         model::Attribute* a = attribute(edit);
-        a->setCurrentValue(value(*a, edit.value(QLatin1String("value"))));
+        component(edit)->setValueForKey(a->key(), value(*a, edit.value(QLatin1String("value"))));
     }
 
     void editComponent(const QJsonObject& edit)
     {
         model::QuartzComponent* c = component(edit);
         if (edit.contains(QLatin1String("title"))) c->setTitle(optionalString(edit, "title"));
-        if (edit.contains(QLatin1String("start"))) c->setStartTime(c->validateStartTime(number(edit, "start")));
-        if (edit.contains(QLatin1String("end"))) c->setEndTime(c->validateEndTime(number(edit, "end")));
+        const bool start = edit.contains(QLatin1String("start")), end = edit.contains(QLatin1String("end"));
+        // Both ends given: each is clamped against the other new end, not an old one.
+        if (start && end && number(edit, "start") > c->endTime()) {
+            c->setEndTime(c->validateEndTime(number(edit, "end")));
+            c->setStartTime(c->validateStartTime(number(edit, "start")));
+        } else {
+            if (start) c->setStartTime(c->validateStartTime(number(edit, "start")));
+            if (end) c->setEndTime(c->validateEndTime(number(edit, "end")));
+        }
         if (edit.contains(QLatin1String("constrainProportions")))
             c->setConstrainProportions(boolean(edit, "constrainProportions"));
     }
@@ -194,8 +203,9 @@ private:
             return;
         }
         if (!a->animationPossible()) throw EditError{QStringLiteral("\"%1\" cannot be animated").arg(a->key())};
+        // Without a value the keyframe keeps what the attribute shows there now.
         const QVariant v = edit.contains(QLatin1String("value")) ? value(*a, edit.value(QLatin1String("value")))
-                                                                : a->valueForTimepoint(t);
+                                                                : a->valueAtTime(t);
         a->addTimepoint(t, v);
     }
 

@@ -57,9 +57,11 @@ std::unique_ptr<CompositionDocument> CompositionDocument::emptyDocumentWithResol
     return document;
 }
 
-std::unique_ptr<CompositionDocument> CompositionDocument::open(const QString& packagePath, QString* error)
+std::unique_ptr<CompositionDocument> CompositionDocument::open(const QString& packagePath, QString* error,
+                                                               model::StoreReadMode mode)
 {
     auto document = std::make_unique<CompositionDocument>();
+    document->setReadMode(mode);
     if (!document->readFromURL(packagePath, error)) return nullptr;
     return document;
 }
@@ -111,6 +113,12 @@ void CompositionDocument::didReadStore(const model::LoadedStore& loaded)
     if (composition_) composition_->cleanUp();
     composition_ = loaded.composition;
     loaded.store->undoManager().removeAllActions();
+}
+
+bool CompositionDocument::canCloseDocument()
+{
+    if (composition_) composition_->setPlayMode(0);
+    return true;
 }
 
 bool CompositionDocument::revertToContentsOfURL(const QString& packagePath, QString* error)

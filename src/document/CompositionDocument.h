@@ -30,8 +30,10 @@ public:
 
     // A new, never saved document at the given resolution.
     static std::unique_ptr<CompositionDocument> emptyDocumentWithResolution(const model::VideoResolution& resolution);
-    // Opens a package; null with the reason on failure.
-    static std::unique_ptr<CompositionDocument> open(const QString& packagePath, QString* error);
+    // Opens a package; null with the reason on failure. A repairing open
+    // drops what cannot be read (see droppedOnRead).
+    static std::unique_ptr<CompositionDocument> open(const QString& packagePath, QString* error,
+                                                     model::StoreReadMode mode = model::StoreReadMode::Strict);
 
     model::Composition* composition() const { return composition_; }
     QString quartzCompositionURL() const;
@@ -40,6 +42,10 @@ public:
     bool writeSafelyToURL(const QString& packagePath, SaveOperation operation, QString* error) override;
     bool revertToContentsOfURL(const QString& packagePath, QString* error) override;
     void setFileURL(const QString& packagePath) override;
+
+    // Asked before the window closes: playback stops first, so nothing
+    // plays on behind the save question.
+    bool canCloseDocument();
 
     // What the editor's Save and Save As do: write, then take the location.
     bool save(QString* error);

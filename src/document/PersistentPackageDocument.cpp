@@ -29,11 +29,12 @@ bool PersistentPackageDocument::readFromURL(const QString& packagePath, QString*
         return false;
     }
     const QString path = package.filePath(storeFileName());
-    model::LoadedStore loaded = model::StoreFile::readFile(path);
+    model::LoadedStore loaded = model::StoreFile::readFile(path, readMode_);
     if (!loaded) {
         if (error) *error = loaded.error;
         return false;
     }
+    droppedOnRead_ = loaded.dropped;
     didReadStore(loaded);
     adoptStore(std::move(loaded.store));
     storePath_ = path;

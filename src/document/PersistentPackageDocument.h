@@ -38,6 +38,11 @@ public:
     // The location the store is written to, empty while there is none.
     const QString& storePath() const { return storePath_; }
 
+    // How the next read treats what it cannot read (refuse the file, or drop
+    // it), and what the last read dropped.
+    void setReadMode(model::StoreReadMode mode) { readMode_ = mode; }
+    const QStringList& droppedOnRead() const { return droppedOnRead_; }
+
 protected:
     // Sets the location without moving the store.
     void simpleSetFileURL(const QString& packagePath) { fileURL_ = packagePath; }
@@ -51,6 +56,8 @@ private:
     std::unique_ptr<model::ObjectStore> store_;
     QString fileURL_;
     QString storePath_;
+    model::StoreReadMode readMode_ = model::StoreReadMode::Strict;
+    QStringList droppedOnRead_;
 };
 
 }  // namespace document

@@ -10,6 +10,38 @@
 
 namespace model {
 
+namespace {
+
+using KeyIterator = KeyframeValues::const_iterator;
+
+// Keys are single-precision and times double: the map is searched with the
+// rounded time, then the answer is corrected by at most a key either way.
+KeyIterator firstKeyNotBefore(const KeyframeValues& v, double t)
+{
+    auto it = v.lowerBound(roundedTimepoint(t));
+    while (it != v.constBegin() && double(std::prev(it).key()) >= t) --it;
+    while (it != v.constEnd() && double(it.key()) < t) ++it;
+    return it;
+}
+
+KeyIterator firstKeyAfter(const KeyframeValues& v, double t)
+{
+    auto it = v.upperBound(roundedTimepoint(t));
+    while (it != v.constBegin() && double(std::prev(it).key()) > t) --it;
+    while (it != v.constEnd() && double(it.key()) <= t) ++it;
+    return it;
+}
+
+// The first key at t on the 1/100 s grain of time comparisons.
+KeyIterator keyAtGrain(const KeyframeValues& v, double t)
+{
+    for (auto it = firstKeyNotBefore(v, t - 0.02); it != v.constEnd() && double(it.key()) <= t + 0.02; ++it)
+        if (Composition::compareTimeInterval(t, it.key()) == 0) return it;
+    return v.constEnd();
+}
+
+}  // namespace
+
 const EntityDescription& Attribute::entityDescription()
 {
     static const EntityDescription entity(
@@ -48,6 +80,14 @@ int Attribute::typeIndex()
 {
     static const int index = entityDescription().attributeIndex(QStringLiteral("type"));
     return index;
+}
+
+const KeyframeValues& Attribute::keyframes() const
+{
+    static const KeyframeValues none;
+    const QVariant& stored = storedValueAt(valuesIndex());
+    if (stored.metaType() != QMetaType::fromType<KeyframeValues>()) return none;
+    return *static_cast<const KeyframeValues*>(stored.constData());
 }
 
 QuartzComponent* Attribute::component() const
@@ -136,24 +176,21 @@ void Attribute::setAnimateable(bool on)
     }
 }
 
-QVariant Attribute::currentValue() const
+QVariant Attribute::currentValue() const { return valueAtTime(renderTimepoint()); }
+
+QVariant Attribute::valueAtTime(double t) const
 {
-    const KeyframeValues v = values();
+    const KeyframeValues& v = keyframes();
     if (!animateable()) return v.value(roundedTimepoint(kConstantTimepoint));
-    const double t = renderTimepoint();
     if (auto exact = v.constFind(roundedTimepoint(t)); exact != v.constEnd() && exact.value().isValid()) return exact.value();
-    // The first keyframe at or after t (keys compared as doubles).
-    auto it = v.lowerBound(roundedTimepoint(t));
-    while (it != v.constBegin() && double(std::prev(it).key()) >= t) --it;
-    while (it != v.constEnd() && double(it.key()) < t) ++it;
-    auto next = it;
-    while (next != v.constEnd() && double(next.key()) <= t) ++next;
-    const bool hasPrevious = it != v.constBegin();
+    const auto next = firstKeyAfter(v, t);
+    const auto previous = firstKeyNotBefore(v, t);
+    const bool hasPrevious = previous != v.constBegin();
     const bool hasNext = next != v.constEnd() && double(next.key()) < 1e11;
-    if (!hasPrevious) return hasNext ? next.value() : QVariant();
-    const auto previous = std::prev(it);
-    if (hasNext) return interpolateBetween(previous.value(), previous.key(), next.value(), next.key(), t);
-    return previous.value();  // hold the last keyframe
+    if (!hasPrevious) return hasNext ? next.value() : QVariant();  // before the first keyframe: its value
+    const auto before = std::prev(previous);
+    if (hasNext) return interpolateBetween(before.value(), before.key(), next.value(), next.key(), t);
+    return before.value();  // after the last keyframe: held
 }
 
 void Attribute::setCurrentValue(const QVariant& value)
@@ -221,25 +258,16 @@ void Attribute::addTimepoint(double t, const QVariant& value)
     setValueForTimepoint(value, t);
 }
 
-bool Attribute::hasKeyframeAtTimePoint(double t) const
-{
-    for (float key : sortedKeyFrames())
-        if (Composition::compareTimeInterval(t, key) == 0) return true;
-    return false;
-}
+bool Attribute::hasKeyframeAtTimePoint(double t) const { return keyAtGrain(keyframes(), t) != keyframes().constEnd(); }
 
 void Attribute::deleteTimepoint(double t)
 {
-    if (!hasKeyframeAtTimePoint(t)) return;
+    const auto found = keyAtGrain(keyframes(), t);
+    if (found == keyframes().constEnd()) return;
+    const float key = found.key();
+    const QVariant kept = found.value();
     KeyframeValues v = values();
-    QVariant kept;
-    for (auto it = v.begin(); it != v.end(); ++it) {
-        if (Composition::compareTimeInterval(t, it.key()) == 0) {
-            kept = it.value();
-            v.erase(it);
-            break;
-        }
-    }
+    v.remove(key);
     setValues(v);
     setTimePointSelected(t, false);
     if (v.isEmpty()) {
@@ -297,19 +325,25 @@ double Attribute::adjustTimepointsBy(double delta, bool onlySelected)
 
 double Attribute::previousTimePoint(double t) const
 {
-    double best = kConstantTimepoint;
-    for (float k : sortedKeyFrames()) {
-        if (double(k) < t && (best == kConstantTimepoint || double(k) > best)) best = k;
-    }
-    return best;
+    const KeyframeValues& v = keyframes();
+    const auto it = firstKeyNotBefore(v, t);
+    return it == v.constBegin() ? kConstantTimepoint : double(std::prev(it).key());
 }
 
 double Attribute::nextTimePoint(double t) const
 {
-    double best = 1e11;
-    for (float k : sortedKeyFrames())
-        if (double(k) > t && double(k) < best) best = k;
-    return best == 1e11 ? kConstantTimepoint : best;
+    const KeyframeValues& v = keyframes();
+    const auto it = firstKeyAfter(v, t);
+    // Keys from 1e11 on count as none.
+    return it == v.constEnd() || double(it.key()) >= 1e11 ? kConstantTimepoint : double(it.key());
+}
+
+QList<float> Attribute::keyframeTimesInRange(double from, double to) const
+{
+    const KeyframeValues& v = keyframes();
+    QList<float> times;
+    for (auto it = firstKeyNotBefore(v, from); it != v.constEnd() && double(it.key()) <= to; ++it) times.append(it.key());
+    return times;
 }
 
 bool Attribute::isTimePointSelected(double t) const { return selectedTimepoints_.contains(roundedTimepoint(t)); }

@@ -56,7 +56,9 @@ public:
     void setType(int type) { setStoredValue(QStringLiteral("type"), type); }
     QStringList possibleValues() const { return storedValue(QStringLiteral("possibleValues")).toStringList(); }
     void setPossibleValues(const QStringList& values) { setStoredValue(QStringLiteral("possibleValues"), values); }
-    KeyframeValues values() const { return storedValueAt(valuesIndex()).value<KeyframeValues>(); }
+    KeyframeValues values() const { return keyframes(); }
+    // The stored table itself, without a copy; empty when none is stored.
+    const KeyframeValues& keyframes() const;
     void setValues(const KeyframeValues& values);
     QuartzComponent* component() const;
 
@@ -71,6 +73,9 @@ public:
 
     // Values.
     QVariant currentValue() const;
+    // The value the attribute has at time t: the constant, or the keyframes
+    // interpolated or held there.
+    QVariant valueAtTime(double t) const;
     void setCurrentValue(const QVariant& value);
     void setDefaultCurrentValue(const QVariant& value) { setValueForTimepoint(value, kConstantTimepoint); }
     void setValueForTimepoint(const QVariant& value, double t);
@@ -87,6 +92,8 @@ public:
     double adjustTimepointsBy(double delta, bool onlySelected);
     double previousTimePoint(double t) const;
     double nextTimePoint(double t) const;
+    // The keyframe times in [from, to], ascending.
+    QList<float> keyframeTimesInRange(double from, double to) const;
     bool isTimePointSelected(double t) const;
     void setTimePointSelected(double t, bool selected);
     void deselectAllTimePoints() { selectedTimepoints_.clear(); }
@@ -114,6 +121,7 @@ private:
     void commonInit();
     double renderTimepoint() const;
     void storedValueDidChange(const QString& key) override;
+    void awakeFromFetch() override { commonInit(); }
 
     QString category_;
     quint64 position_ = 0;

@@ -75,8 +75,9 @@ Attribute* Attribute::createFromPort(ObjectStore* store, const QVariantMap& info
     } else if (typeName == QLatin1String("QCPortTypeImage")) {
         if (key == QLatin1String("videoInput")) {
             a->setType(kTypeVideoInput);
-            const QByteArray poster = Settings::value(Settings::kVideoInputPosterImage).toByteArray();
-            value = QImage::fromData(poster);
+            // Without a poster image the value is none, not an empty picture.
+            const QImage poster = QImage::fromData(Settings::value(Settings::kVideoInputPosterImage).toByteArray());
+            value = poster.isNull() ? QVariant() : QVariant(poster);
         } else {
             a->setType(kTypeImage);
         }

@@ -58,7 +58,6 @@ const EntityDescription& Composition::entityDescription()
             {QStringLiteral("backgroundMode"), {QStringLiteral("backgroundColor"), QStringLiteral("backgroundImage")}},
             {QStringLiteral("componentsSortedByZLevel"), {QStringLiteral("components")}},
             {QStringLiteral("componentsSortedByInverseZLevel"), {QStringLiteral("components")}},
-            {QStringLiteral("posterFrameMode"), {QStringLiteral("posterFrameTimepoint")}},
         });
     return entity;
 }
@@ -128,7 +127,8 @@ void Composition::setVideoResolution(const VideoResolution& resolution)
         Timecode::setProjectRateCode(code);
         ticksPerSecond_ = quint64(VideoModeCatalogue::ticksPerSecond(code));
     }
-    if (!resolution.title().isNull() && resolution.title() != broadcastMode()) {
+    // An unknown mode resolves to no title, and the stored name follows it.
+    if (resolution.title() != broadcastMode()) {
         UndoRegistrationPause pause(store()->undoManager());
         setBroadcastMode(resolution.title());
     }

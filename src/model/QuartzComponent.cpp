@@ -149,7 +149,16 @@ bool QuartzComponent::setValueForKey(const QString& key, const QVariant& value)
 {
     Attribute* a = attributeForKey(key);
     if (!a) return false;
-    a->setCurrentValue(value);
+    // Width and height go through their setters, which keep the proportions
+    // when the component is told to.
+    if (a == width_ || a == height_) {
+        bool ok = false;
+        const double size = value.toDouble(&ok);
+        if (!ok) return true;
+        a == width_ ? setWidth(size) : setHeight(size);
+    } else {
+        a->setCurrentValue(value);
+    }
     if (a->quartzAttribute()) needsUpdate_ = true;
     return true;
 }

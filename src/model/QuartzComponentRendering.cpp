@@ -93,6 +93,9 @@ namespace model {
 
 void QuartzComponent::sizeToFit()
 {
+    // A component loaded from a document has not been drawn yet: find its
+    // picture's port first.
+    if (renderer_ && spriteKey_.isEmpty()) setupRenderer();
     if (rootIsRenderInImage_ || !renderer_ || portImageNode_.isEmpty()) return;
     renderer_->setInputValue(QStringLiteral("inputWidth"), 0.0);
     renderer_->setInputValue(QStringLiteral("inputHeight"), 0.0);

@@ -16,11 +16,17 @@ namespace model {
 
 class Composition;
 
+// Strict reading refuses a file with anything it cannot read. Repairing
+// reading drops what it cannot read (a value, an object, a link, the end of
+// a cut-off file) and says what it dropped.
+enum class StoreReadMode { Strict, DropUnreadable };
+
 struct LoadedStore {
     std::unique_ptr<ObjectStore> store;  // null on failure
     Composition* composition = nullptr;
     QStringList warnings;  // things kept out of the model, e.g. unknown stored keys
-    QString error;         // what went wrong and where
+    QStringList dropped;   // what a repairing read left out, one line each
+    QString error;         // what went wrong and where: line, object and stored value
     explicit operator bool() const { return store != nullptr; }
 };
 
@@ -32,8 +38,8 @@ public:
     // Writes a temporary file beside the target and renames it over the old one.
     static bool writeToFile(const ObjectStore& store, const QString& path, QString* error = nullptr);
 
-    static LoadedStore read(const QByteArray& bytes);
-    static LoadedStore readFile(const QString& path);
+    static LoadedStore read(const QByteArray& bytes, StoreReadMode mode = StoreReadMode::Strict);
+    static LoadedStore readFile(const QString& path, StoreReadMode mode = StoreReadMode::Strict);
 };
 
 }  // namespace model

@@ -69,6 +69,55 @@ void writeTyped(QXmlStreamWriter& xml, const QString& element, const QXmlStreamA
     xml.writeEndElement();
 }
 
+// XML 1.0 cannot carry most control characters, lone surrogates or U+FFFE
+// and U+FFFF, and a reader turns a carriage return into a line feed. Text
+// with any of them is written as its UTF-16 code units in base64, so what an
+// operator pasted comes back exactly.
+bool xmlCannotCarry(QStringView text)
+{
+    for (qsizetype i = 0; i < text.size(); ++i) {
+        const char16_t c = text[i].unicode();
+        if (c < 0x20 && c != u'\t' && c != u'\n') return true;
+        if (c == 0xFFFE || c == 0xFFFF) return true;
+        if (QChar::isHighSurrogate(c)) {
+            if (i + 1 >= text.size() || !QChar::isLowSurrogate(text[i + 1].unicode())) return true;
+            ++i;
+        } else if (QChar::isLowSurrogate(c)) {
+            return true;
+        }
+    }
+    return false;
+}
+
+const QString kEncoding = QStringLiteral("encoding");
+const QString kUtf16Base64 = QStringLiteral("utf16-base64");
+
+void writeString(QXmlStreamWriter& xml, const QString& element, const QXmlStreamAttributes& extra, const QString& text)
+{
+    if (!xmlCannotCarry(text)) {
+        writeTyped(xml, element, extra, QStringLiteral("string"), text);
+        return;
+    }
+    QByteArray units(text.size() * 2, Qt::Uninitialized);
+    for (qsizetype i = 0; i < text.size(); ++i) {
+        const char16_t c = text[i].unicode();
+        units[2 * i] = char(c & 0xff);
+        units[2 * i + 1] = char(c >> 8);
+    }
+    QXmlStreamAttributes attributes = extra;
+    attributes.append(kEncoding, kUtf16Base64);
+    writeTyped(xml, element, attributes, QStringLiteral("string"), QString::fromLatin1(units.toBase64()));
+}
+
+QString fromUtf16Base64(QStringView text)
+{
+    const QByteArray units = QByteArray::fromBase64(text.toLatin1());
+    QString result(units.size() / 2, Qt::Uninitialized);
+    for (qsizetype i = 0; i < result.size(); ++i)
+        result[i] = QChar(char16_t(uchar(units[2 * i]) | (uchar(units[2 * i + 1]) << 8)));
+    return result;
+}
+
 QString pngBase64(const QImage& image)
 {
     QByteArray bytes;
@@ -132,7 +181,9 @@ bool readCompactKeyframes(QStringView text, bool colours, KeyframeValues& out)
 void writeValue(QXmlStreamWriter& xml, const QVariant& value, const QString& element, const QXmlStreamAttributes& extra)
 {
     const int id = value.metaType().id();
-    if (!value.isValid() || (value.isNull() && id != QMetaType::QString && id != QMetaType::QByteArray)) {
+    // A null picture is no value: an empty image element could never be read back.
+    const bool nullImage = id == QMetaType::QImage && value.value<QImage>().isNull();
+    if (!value.isValid() || nullImage || (value.isNull() && id != QMetaType::QString && id != QMetaType::QByteArray)) {
         writeTyped(xml, element, extra, QStringLiteral("null"), {});
         return;
     }
@@ -170,7 +221,7 @@ void writeValue(QXmlStreamWriter& xml, const QVariant& value, const QString& ele
     case QMetaType::UShort: writeTyped(xml, element, extra, QStringLiteral("uint"), QString::number(value.toULongLong())); return;
     case QMetaType::Double: writeTyped(xml, element, extra, QStringLiteral("double"), shortest(value.toDouble())); return;
     case QMetaType::Float: writeTyped(xml, element, extra, QStringLiteral("float"), shortest(value.toFloat())); return;
-    case QMetaType::QString: writeTyped(xml, element, extra, QStringLiteral("string"), value.toString()); return;
+    case QMetaType::QString: writeString(xml, element, extra, value.toString()); return;
     case QMetaType::QByteArray: writeTyped(xml, element, extra, QStringLiteral("data"), QString::fromLatin1(value.toByteArray().toBase64())); return;
     case QMetaType::QUrl: writeTyped(xml, element, extra, QStringLiteral("url"), value.toUrl().toString()); return;
     case QMetaType::QColor: {
@@ -217,7 +268,7 @@ void writeValue(QXmlStreamWriter& xml, const QVariant& value, const QString& ele
     }
     default:
         // Anything else that has a text form keeps it; nothing is dropped silently.
-        writeTyped(xml, element, extra, QStringLiteral("string"), value.toString());
+        writeString(xml, element, extra, value.toString());
         return;
     }
 }
@@ -326,7 +377,7 @@ bool readValue(QXmlStreamReader& xml, QVariant& value, QString& error, StoreFile
         if (!parseNumber(text, f)) return fail(QStringLiteral("invalid number \"%1\"").arg(text));
         value = f;
     } else if (type == QLatin1String("string")) {
-        value = text;
+        value = attributes.value(kEncoding) == kUtf16Base64 ? fromUtf16Base64(text) : text;
     } else if (type == QLatin1String("data")) {
         value = wholeTextIsRun ? runs->fromBase64(run) : QByteArray::fromBase64(base64);
     } else if (type == QLatin1String("url")) {
@@ -344,6 +395,11 @@ bool readValue(QXmlStreamReader& xml, QVariant& value, QString& error, StoreFile
             return fail(QStringLiteral("invalid keyframe numbers"));
         value = QVariant::fromValue(keyframes);
     } else if (type == QLatin1String("image")) {
+        // Documents of earlier versions wrote a missing picture as an empty image.
+        if (base64.trimmed().isEmpty()) {
+            value = QVariant();
+            return true;
+        }
         QImage image;
         if (!image.loadFromData(QByteArray::fromBase64(base64), "PNG")) return fail(QStringLiteral("an image that is not PNG data"));
         value = image;

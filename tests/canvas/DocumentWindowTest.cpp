@@ -72,6 +72,18 @@ TEST_F(DocumentWindowTest, ClosingAlwaysAsksAndCancelKeepsTheWindow)
     EXPECT_EQ(questions, 2);
 }
 
+TEST_F(DocumentWindowTest, ClosingStopsPlaybackBeforeItAsks)
+{
+    composition()->setPlayMode(1);
+    int modeWhenAsked = -1;
+    window->setCloseQuestion([&](VLWindowController& w) {
+        modeWhenAsked = w.document()->composition()->playMode();
+        return VLWindowController::CloseAnswer::Cancel;
+    });
+    EXPECT_FALSE(window->close());
+    EXPECT_EQ(modeWhenAsked, 0) << "the template does not play on behind the question";
+}
+
 TEST_F(DocumentWindowTest, SaveAsWritesThePackageAndRenamesTheWindow)
 {
     const QString path = dir.filePath(QStringLiteral("Show"));

@@ -185,6 +185,132 @@ TEST_F(DocCommandTest, ABadEditChangesNothingOnDisk)
     EXPECT_EQ(fileHash(QDir(doc).filePath(QStringLiteral("data.xml"))), before);
 }
 
+TEST_F(DocCommandTest, DumpReadsValuesAtAGivenTimeOnTheFrameGrid)
+{
+    ASSERT_EQ(runCli({QStringLiteral("doc"), QStringLiteral("new"), doc}).code, 0);
+    ASSERT_EQ(apply(QJsonDocument::fromJson(QStringLiteral(R"([
+        {"op": "add", "path": "%1"},
+        {"op": "keyframe", "component": 0, "key": "originX", "time": 1, "value": 100},
+        {"op": "keyframe", "component": 0, "key": "originX", "time": 5, "value": 500}
+    ])").arg(box).toUtf8()).array()).code, 0);
+    auto originXAt = [&](const QString& time) {
+        const CliResult r = runCli({QStringLiteral("doc"), QStringLiteral("dump"), doc, QStringLiteral("--time"), time});
+        EXPECT_EQ(r.code, 0) << r.err.toStdString();
+        const QJsonObject model = parseObject(r.out);
+        return std::pair(model.value(QLatin1String("editorTimepoint")).toDouble(),
+                         attribute(model.value(QLatin1String("components")).toArray()[0].toObject(), QStringLiteral("originX"))
+                             .value(QLatin1String("currentValue"))
+                             .toDouble());
+    };
+    EXPECT_EQ(originXAt(QStringLiteral("2")), std::pair(2.0, 200.0));
+    // 1.03 s at 25 frames a second is the frame at 1.04 s.
+    const auto [t, x] = originXAt(QStringLiteral("1.03"));
+    EXPECT_DOUBLE_EQ(t, 1.04);
+    EXPECT_NEAR(x, 104.0, 1e-3);
+    EXPECT_EQ(dump().value(QLatin1String("editorTimepoint")).toDouble(), 0.0) << "without --time: where opening puts it";
+    for (const char* bad : {"soon", "nan"})
+        EXPECT_EQ(runCli({QStringLiteral("doc"), QStringLiteral("dump"), doc, QStringLiteral("--time"), QLatin1String(bad)}).code, 2) << bad;
+    EXPECT_EQ(runCli({QStringLiteral("doc"), QStringLiteral("dump"), doc, QStringLiteral("--time")}).code, 2);
+}
+
+TEST_F(DocCommandTest, ApplyCanShowTheResultAndSaveNothing)
+{
+    ASSERT_EQ(runCli({QStringLiteral("doc"), QStringLiteral("new"), doc}).code, 0);
+    ASSERT_EQ(apply(QJsonDocument::fromJson(QStringLiteral(R"([{"op": "add", "path": "%1"}])").arg(box).toUtf8()).array()).code, 0);
+    const QByteArray before = fileHash(QDir(doc).filePath(QStringLiteral("data.xml")));
+    const QString edits = dir.filePath(QStringLiteral("more.json"));
+    QFile f(edits);
+    ASSERT_TRUE(f.open(QIODevice::WriteOnly));
+    f.write(R"([{"op": "keyframe", "component": 0, "key": "originX", "time": 4, "value": 9},
+                {"op": "select", "components": [0]},
+                {"op": "command", "name": "jumpToBeginning"},
+                {"op": "command", "name": "jumpToNextKeyframe"},
+                {"op": "select", "components": []}])");
+    f.close();
+    const CliResult r = runCli({QStringLiteral("doc"), QStringLiteral("apply"), doc, edits, QStringLiteral("--dump"), QStringLiteral("--dry-run")});
+    ASSERT_EQ(r.code, 0) << r.err.toStdString();
+    const QJsonObject model = parseObject(r.out);
+    EXPECT_EQ(model.value(QLatin1String("editorTimepoint")).toDouble(), 4.0) << "the playhead moved by the jumps is shown";
+    EXPECT_FALSE(model.value(QLatin1String("components")).toArray()[0].toObject().value(QLatin1String("selected")).toBool());
+    EXPECT_EQ(fileHash(QDir(doc).filePath(QStringLiteral("data.xml"))), before) << "a dry run saves nothing";
+
+    EXPECT_EQ(runCli({QStringLiteral("doc"), QStringLiteral("apply"), doc, edits, QStringLiteral("--loud")}).code, 2);
+    EXPECT_EQ(runCli({QStringLiteral("doc"), QStringLiteral("apply"), doc, dir.filePath(QStringLiteral("none.json")), QStringLiteral("--dry-run")}).code, 1);
+}
+
+TEST_F(DocCommandTest, EditsFollowTheEditorsRules)
+{
+    ASSERT_EQ(runCli({QStringLiteral("doc"), QStringLiteral("new"), doc}).code, 0);
+    const QJsonArray edits = QJsonDocument::fromJson(QStringLiteral(R"([
+        {"op": "add", "path": "%1"},
+        {"op": "set", "component": 0, "key": "inputWidth", "value": 100},
+        {"op": "set", "component": 0, "key": "inputHeight", "value": 50},
+        {"op": "component", "component": 0, "constrainProportions": true, "start": 0, "end": 5},
+        {"op": "set", "component": 0, "key": "inputWidth", "value": 200},
+        {"op": "component", "component": 0, "start": 7, "end": 9},
+        {"op": "keyframe", "component": 0, "key": "originY", "time": 8},
+        {"op": "keyframe", "component": 0, "key": "originX", "time": 7.5, "value": 10},
+        {"op": "keyframe", "component": 0, "key": "originX", "time": 8.5, "value": 30},
+        {"op": "keyframe", "component": 0, "key": "originX", "time": 8},
+        {"op": "time", "t": 1.03}
+    ])").arg(box).toUtf8()).array();
+    const CliResult r = apply(edits);
+    ASSERT_EQ(r.code, 0) << r.err.toStdString();
+    const QJsonObject c = dump().value(QLatin1String("components")).toArray()[0].toObject();
+    EXPECT_EQ(attribute(c, QStringLiteral("inputHeight")).value(QLatin1String("currentValue")).toDouble(), 100)
+        << "proportions are kept as in the editor";
+    EXPECT_EQ(c.value(QLatin1String("startTime")).toDouble(), 7);
+    EXPECT_EQ(c.value(QLatin1String("endTime")).toDouble(), 9);
+    const QJsonObject originY = attribute(c, QStringLiteral("originY"));
+    EXPECT_EQ(originY.value(QLatin1String("values")).toObject().value(QLatin1String("8")).toDouble(),
+              originY.value(QLatin1String("currentValue")).toDouble())
+        << "a keyframe without a value keeps the value there";
+    EXPECT_FALSE(originY.value(QLatin1String("values")).toObject().value(QLatin1String("8")).isNull());
+    EXPECT_EQ(attribute(c, QStringLiteral("originX")).value(QLatin1String("values")).toObject().value(QLatin1String("8")).toDouble(), 20)
+        << "between keyframes: the value shown there";
+}
+
+TEST_F(DocCommandTest, RepairDropsWhatCannotBeReadAndKeepsTheRest)
+{
+    ASSERT_EQ(runCli({QStringLiteral("doc"), QStringLiteral("new"), doc}).code, 0);
+    ASSERT_EQ(apply(QJsonDocument::fromJson(QStringLiteral(R"([
+        {"op": "add", "path": "%1", "title": "Keep me"},
+        {"op": "set", "component": 0, "key": "Title", "value": "Unreadable"}
+    ])").arg(box).toUtf8()).array()).code, 0);
+    const QString store = QDir(doc).filePath(QStringLiteral("data.xml"));
+    QFile file(store);
+    ASSERT_TRUE(file.open(QIODevice::ReadOnly));
+    QByteArray bytes = file.readAll();
+    file.close();
+    const qsizetype at = bytes.indexOf("Unreadable");
+    ASSERT_GT(at, 0);
+    bytes.replace(bytes.lastIndexOf("type=\"string\"", at), 13, "type=\"bool\"");
+    ASSERT_TRUE(file.open(QIODevice::WriteOnly | QIODevice::Truncate));
+    file.write(bytes);
+    file.close();
+
+    CliResult r = runCli({QStringLiteral("doc"), QStringLiteral("dump"), doc});
+    EXPECT_EQ(r.code, 1);
+    EXPECT_TRUE(r.err.contains(QStringLiteral("\"Title\""))) << "the failure names the attribute: " << r.err.toStdString();
+    EXPECT_EQ(r.err.count(QLatin1Char('\n')), 1) << r.err.toStdString();
+
+    r = runCli({QStringLiteral("doc"), QStringLiteral("repair"), doc});
+    ASSERT_EQ(r.code, 0) << r.err.toStdString();
+    const QJsonArray dropped = parseObject(r.out).value(QLatin1String("dropped")).toArray();
+    ASSERT_EQ(dropped.size(), 1);
+    EXPECT_TRUE(dropped[0].toString().contains(QStringLiteral("Title")));
+    EXPECT_TRUE(QFile::exists(store + QStringLiteral(".damaged")));
+    const QJsonArray components = dump().value(QLatin1String("components")).toArray();
+    ASSERT_EQ(components.size(), 1);
+    EXPECT_EQ(components[0].toObject().value(QLatin1String("title")).toString(), QStringLiteral("Keep me"));
+
+    r = runCli({QStringLiteral("doc"), QStringLiteral("repair"), doc});
+    EXPECT_EQ(r.code, 0);
+    EXPECT_TRUE(parseObject(r.out).value(QLatin1String("dropped")).toArray().isEmpty()) << "a sound document loses nothing";
+    EXPECT_EQ(runCli({QStringLiteral("doc"), QStringLiteral("repair")}).code, 2);
+    EXPECT_EQ(runCli({QStringLiteral("doc"), QStringLiteral("repair"), dir.filePath(QStringLiteral("None.composition"))}).code, 1);
+}
+
 TEST_F(DocCommandTest, ExportAndRenderPlayTheTemplate)
 {
     ASSERT_EQ(runCli({QStringLiteral("doc"), QStringLiteral("new"), doc}).code, 0);

@@ -1,5 +1,9 @@
 #include "ModelFixture.h"
 
+#include "model/StoreFile.h"
+
+#include <QFont>
+
 #include "../support/PlistPrinting.h"
 
 using namespace model;
@@ -73,6 +77,70 @@ TEST_F(AttributeTest, KeyframesInterpolateAndHold)
     EXPECT_EQ(c->nextTimePoint(1.0), 3.0);
     EXPECT_EQ(c->nextTimePoint(3.0), kNoNextTimepoint);
     EXPECT_EQ(c->previousTimePoint(1.0), 0.0);
+}
+
+TEST_F(AttributeTest, EveryAnimatingTypeIsReadAQuarterOfTheWayBetweenKeyframes)
+{
+    // Away from the midpoint, interpolation run the wrong way round shows.
+    QuartzComponent* c = addComponent(QStringLiteral("C"));
+    Attribute* number = addAttribute(c, QStringLiteral("n"), kTypeNumber, 0.0f);
+    number->addTimepoint(1.0, 10.0f);
+    number->addTimepoint(5.0, 30.0f);
+    Attribute* colour = addAttribute(c, QStringLiteral("c"), kTypeColor, QColor(Qt::black));
+    colour->addTimepoint(1.0, QColor::fromRgbF(0, 1, 0.2f, 1));
+    colour->addTimepoint(5.0, QColor::fromRgbF(1, 0, 0.6f, 0));
+    struct Stepped {
+        int type;
+        QVariant first, second;
+    };
+    const Stepped stepped[] = {{kTypeString, QStringLiteral("one"), QStringLiteral("two")},
+                               {kTypeIndex, 3, 7},
+                               {kTypeBoolean, false, true},
+                               {kTypeIndexMenu, 0, 2}};
+    std::vector<Attribute*> steps;
+    for (const Stepped& s : stepped) {
+        Attribute* a = addAttribute(c, QStringLiteral("s%1").arg(s.type), s.type, s.first);
+        a->addTimepoint(1.0, s.first);
+        a->addTimepoint(5.0, s.second);
+        steps.push_back(a);
+    }
+
+    composition->setEditorTimepoint(2.0);
+    EXPECT_FLOAT_EQ(number->currentValue().toFloat(), 15.0f);
+    EXPECT_FLOAT_EQ(number->valueAtTime(4.0).toFloat(), 25.0f);
+    const QColor quarter = colour->currentValue().value<QColor>();
+    EXPECT_NEAR(quarter.redF(), 0.25, 0.002);
+    EXPECT_NEAR(quarter.greenF(), 0.75, 0.002);
+    EXPECT_NEAR(quarter.blueF(), 0.3, 0.002);
+    EXPECT_NEAR(quarter.alphaF(), 0.75, 0.002);
+    for (size_t i = 0; i < steps.size(); ++i) {
+        EXPECT_EQ(steps[i]->currentValue(), stepped[i].first) << "type " << stepped[i].type << " holds until the next keyframe";
+        EXPECT_EQ(steps[i]->valueAtTime(4.99), stepped[i].first) << "type " << stepped[i].type;
+        EXPECT_EQ(steps[i]->valueAtTime(5.0), stepped[i].second) << "type " << stepped[i].type;
+    }
+}
+
+TEST_F(AttributeTest, KeyframeQueriesFindTheirNeighboursAmongMany)
+{
+    QuartzComponent* c = addComponent(QStringLiteral("C"));
+    c->setEndTime(1000);
+    Attribute* a = addAttribute(c, QStringLiteral("n"), kTypeNumber, 0.0f);
+    for (int i = 0; i < 500; ++i) a->addTimepoint(i * 0.1, float(i));
+    // 0.1 × i as a double is not the single-precision key; the search must not care.
+    EXPECT_DOUBLE_EQ(a->previousTimePoint(25 * 0.1), double(float(24 * 0.1)));
+    EXPECT_DOUBLE_EQ(a->nextTimePoint(25 * 0.1), double(float(26 * 0.1)));
+    EXPECT_DOUBLE_EQ(a->previousTimePoint(2.55), double(float(2.5)));
+    EXPECT_DOUBLE_EQ(a->nextTimePoint(2.55), double(float(2.6)));
+    EXPECT_EQ(a->previousTimePoint(0.0), kConstantTimepoint);
+    EXPECT_EQ(a->nextTimePoint(49.91), kConstantTimepoint);
+    EXPECT_TRUE(a->hasKeyframeAtTimePoint(12.304));
+    EXPECT_FALSE(a->hasKeyframeAtTimePoint(12.35));
+    EXPECT_EQ(a->keyframeTimesInRange(1.0, 1.35), (QList<float>{float(10 * 0.1), float(11 * 0.1), float(12 * 0.1), float(13 * 0.1)}));
+    EXPECT_TRUE(a->keyframeTimesInRange(60, 70).isEmpty());
+    EXPECT_FLOAT_EQ(a->valueAtTime(2.525).toFloat(), 25.25f);
+    a->deleteTimepoint(2.504);
+    EXPECT_FALSE(a->hasKeyframeAtTimePoint(2.5));
+    EXPECT_FLOAT_EQ(a->valueAtTime(2.5).toFloat(), 25.0f) << "interpolated across the gap";
 }
 
 TEST_F(AttributeTest, SettingAnAnimatedValueWritesAKeyframeAtThePlayhead)
@@ -151,6 +219,20 @@ TEST_F(AttributeTest, FontsAreNeverAnimated)
     EXPECT_EQ(a->valueForTimepoint(kConstantTimepoint).toString(), QStringLiteral("DejaVu Sans"));
     EXPECT_EQ(a->category(), QStringLiteral("Text")) << "the dictionary form keeps what the store does not";
     EXPECT_EQ(a->position(), 3u);
+}
+
+TEST_F(AttributeTest, AFontStoredAsAnimatedOpensAsAConstant)
+{
+    QuartzComponent* c = addComponent(QStringLiteral("C"));
+    Attribute* a = addAttribute(c, QStringLiteral("Title_Font_Name"), kTypeFont, QFont(QStringLiteral("DejaVu Serif")));
+    // As a document written elsewhere may hold it.
+    a->setPrimitiveValue(QStringLiteral("animateable"), true);
+    a->setPrimitiveValue(QStringLiteral("values"), QVariant::fromValue(KeyframeValues{{2.0f, QFont(QStringLiteral("DejaVu Sans"))}}));
+    const LoadedStore loaded = StoreFile::read(StoreFile::write(store));
+    ASSERT_TRUE(loaded) << loaded.error.toStdString();
+    const Attribute* back = loaded.composition->componentArray().front()->attributeForKey(QStringLiteral("Title_Font_Name"));
+    EXPECT_FALSE(back->animateable());
+    EXPECT_EQ(back->valueForTimepoint(kConstantTimepoint).value<QFont>().family(), QStringLiteral("DejaVu Sans"));
 }
 
 TEST_F(AttributeTest, KeyframeInformationForNumbersHasHalfwayControls)

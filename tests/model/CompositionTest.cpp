@@ -1,5 +1,7 @@
 #include "ModelFixture.h"
 
+#include "model/VideoResolution.h"
+
 #include "model/Ruler.h"
 #include "model/PathUtilities.h"
 #include "model/StopFrame.h"
@@ -182,6 +184,16 @@ TEST_F(CompositionTest, PosterFrameMode)
     composition->setPosterFrameMode(0);
     EXPECT_EQ(composition->posterFrameTimepoint(), 3.5);
     EXPECT_EQ(composition->posterFrameMode(), 0);
+}
+
+TEST_F(CompositionTest, AnUnknownModeNameIsNotKept)
+{
+    composition->setBroadcastMode(QStringLiteral("1080p24 Mystery"));
+    composition->setVideoResolution(VideoResolution(composition->broadcastMode()));
+    EXPECT_TRUE(composition->broadcastMode().isEmpty());
+    EXPECT_EQ(composition->width(), 0);
+    composition->setVideoResolution(VideoResolution(QStringLiteral("HD 1080i25")));
+    EXPECT_EQ(composition->broadcastMode(), QStringLiteral("1080i25 RGBA")) << "an old name is rewritten with the current one";
 }
 
 TEST_F(CompositionTest, PlaybackStopsAtTheEndAndReturnsToZero)

@@ -178,3 +178,73 @@ TEST(StoreValueCodec, EverySixteenBitColourChannelReadsBackExactly)
     for (auto it = table.begin(); it != table.end(); ++it)
         ASSERT_EQ(read.value(it.key()).value<QColor>().rgba64(), it.value().value<QColor>().rgba64()) << it.key();
 }
+
+TEST_F(StoreFileTest, AFailureNamesTheObjectAndTheStoredValue)
+{
+    QuartzComponent* c = addComponent(QStringLiteral("Lower third"));
+    addAttribute(c, QStringLiteral("Logo"), kTypeImage, QStringLiteral("IMAGE-HERE"));
+    QByteArray bytes = StoreFile::write(store);
+    const qsizetype at = bytes.indexOf("IMAGE-HERE");
+    bytes.replace(bytes.lastIndexOf("type=\"string\"", at), 13, "type=\"image\"");
+    bytes.replace("IMAGE-HERE", "bm90IGEgcGljdHVyZQ==");
+    const LoadedStore loaded = StoreFile::read(bytes);
+    ASSERT_FALSE(loaded);
+    EXPECT_TRUE(loaded.error.contains(QLatin1String("Attribute"))) << loaded.error.toStdString();
+    EXPECT_TRUE(loaded.error.contains(QLatin1String("\"Logo\""))) << loaded.error.toStdString();
+    EXPECT_TRUE(loaded.error.contains(QLatin1String("stored value \"values\""))) << loaded.error.toStdString();
+}
+
+TEST_F(StoreFileTest, ARepairingReadDropsWhatItCannotReadAndSaysSo)
+{
+    QuartzComponent* keep = addComponent(QStringLiteral("Keep"));
+    addAttribute(keep, QStringLiteral("headline"), kTypeString, QStringLiteral("Breaking"));
+    addAttribute(keep, QStringLiteral("size"), kTypeNumber, 12.0f);
+    addComponent(QStringLiteral("Second"));
+    composition->addStopFrame(2.0, QStringLiteral("Hold"));
+    const QByteArray good = StoreFile::write(store);
+
+    QByteArray badValue = good;
+    badValue.replace("Breaking", "x").replace("-1e+06 12<", "-1e+06 twelve<");
+    QByteArray badObjectAndLink = good;
+    badObjectAndLink.replace("entity=\"StopFrame\"", "entity=\"Gadget\"");
+    badObjectAndLink.replace("<relationship name=\"components\">", "<relationship name=\"components\">777 ");
+    struct Case {
+        const char* what;
+        QByteArray bytes;
+        size_t components;
+        const char* mentioned;
+    };
+    const Case cases[] = {
+        {"a value that is not a number", badValue, 2, "invalid keyframe numbers"},
+        {"an unknown entity and a dangling link", badObjectAndLink, 2, "missing object 777"},
+        {"a file cut off in the middle", good.left(good.lastIndexOf("entity=\"Component\"")), 1, "dropped"},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.what);
+        EXPECT_FALSE(StoreFile::read(c.bytes)) << "a strict read refuses it";
+        const LoadedStore repaired = StoreFile::read(c.bytes, StoreReadMode::DropUnreadable);
+        ASSERT_TRUE(repaired) << repaired.error.toStdString();
+        EXPECT_FALSE(repaired.dropped.isEmpty());
+        EXPECT_TRUE(repaired.dropped.join(QLatin1Char('\n')).contains(QLatin1String(c.mentioned))) << repaired.dropped.join(QLatin1Char('\n')).toStdString();
+        EXPECT_EQ(repaired.composition->componentArray().size(), c.components);
+        // What was repaired saves and reads strictly again.
+        EXPECT_TRUE(StoreFile::read(StoreFile::write(*repaired.store)));
+    }
+    const LoadedStore repaired = StoreFile::read(badValue, StoreReadMode::DropUnreadable);
+    const QuartzComponent* back = componentTitled(repaired.composition, QStringLiteral("Keep"));
+    ASSERT_NE(back, nullptr);
+    EXPECT_EQ(back->attributeForKey(QStringLiteral("headline"))->currentValue(), QVariant(QStringLiteral("x")));
+    EXPECT_FALSE(back->attributeForKey(QStringLiteral("size"))->currentValue().isValid()) << "the unreadable value is gone, nothing else";
+    EXPECT_TRUE(StoreFile::read(good, StoreReadMode::DropUnreadable).dropped.isEmpty()) << "a sound file loses nothing";
+}
+
+TEST_F(StoreFileTest, ARepairingReadKeepsComponentsWhoseCompositionIsLost)
+{
+    addComponent(QStringLiteral("Orphan"));
+    QByteArray bytes = StoreFile::write(store);
+    bytes.replace("entity=\"Composition\"", "entity=\"Gadget\"");
+    const LoadedStore repaired = StoreFile::read(bytes, StoreReadMode::DropUnreadable);
+    ASSERT_TRUE(repaired) << repaired.error.toStdString();
+    ASSERT_EQ(repaired.composition->componentArray().size(), 1u);
+    EXPECT_EQ(repaired.composition->componentArray().front()->title(), QStringLiteral("Orphan"));
+}
