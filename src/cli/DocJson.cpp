@@ -17,7 +17,7 @@ QJsonObject attributeJson(const model::Attribute& a)
     QJsonObject values;
     const model::KeyframeValues stored = a.values();
     for (auto it = stored.begin(); it != stored.end(); ++it)
-        values.insert(QString::number(double(it.key()), 'g', 10), jsonFromValue(it.value()));
+        values.insert(QString::number(double(it.key()), 'g', 10), jsonFromAttributeValue(it.value(), a.type()));
     return {
         {QStringLiteral("key"), a.key()},
         {QStringLiteral("label"), a.label()},
@@ -27,7 +27,7 @@ QJsonObject attributeJson(const model::Attribute& a)
         {QStringLiteral("quartzAttribute"), a.quartzAttribute()},
         {QStringLiteral("category"), a.category()},
         {QStringLiteral("position"), qint64(a.position())},
-        {QStringLiteral("currentValue"), jsonFromValue(a.currentValue())},
+        {QStringLiteral("currentValue"), jsonFromAttributeValue(a.currentValue(), a.type())},
         {QStringLiteral("values"), values},
     };
 }

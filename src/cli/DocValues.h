@@ -4,6 +4,7 @@
 // {"family", "size"}, images {"image": PATH} (dumped as {"image": null,
 // "width", "height"}), rich fonts as the object of their member ports.
 
+#include <QColor>
 #include <QJsonValue>
 #include <QVariant>
 
@@ -22,6 +23,8 @@ std::optional<QVariant> attributeValueFromJson(const QJsonValue& json, int attri
 std::optional<QVariant> inputValueFromJson(const QJsonValue& json, const QString& portTypeName, QString* error);
 
 QJsonValue jsonFromValue(const QVariant& value);
+// An attribute's value in the form of its type.
+QJsonValue jsonFromAttributeValue(const QVariant& value, int attributeType);
 
 std::optional<QColor> colourFromJson(const QJsonValue& json, QString* error);
 

@@ -38,7 +38,7 @@ plist::Value fixedGeometryValue(const model::Attribute& attribute)
 // a live video input, always) is published.
 bool isFixed(const model::Attribute& attribute)
 {
-    return !attribute.permissionToChange() && attribute.type() != model::kTypeVideoInput;
+    return !attribute.permissionToChange() && !attribute.typeInfo().alwaysPublished;
 }
 
 class ComponentExporter {
@@ -129,7 +129,7 @@ private:
     void exportComponentPort(const model::Attribute& attribute, const QString& port, const plist::Value& value)
     {
         if (attribute.animateable()) {
-            if (attribute.type() == model::kTypeColor) {
+            if (attribute.typeInfo().curve == model::ExportCurve::SmoothPerChannel) {
                 const plist::Value curves = attribute.keyFrameInformation();
                 const char* channels[] = {"%1_red", "%1_green", "%1_blue"};
                 for (size_t c = 0; c < 3; ++c) {

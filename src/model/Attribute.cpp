@@ -156,7 +156,7 @@ bool Attribute::animationPossible() const
     const QString k = key();
     if (k == QLatin1String("marginX") || k == QLatin1String("marginY") || k == QLatin1String("visibleInCompositionEditor"))
         return false;
-    return type() >= kTypeString && type() <= kTypeColor;
+    return typeInfo().animates;
 }
 
 void Attribute::setAnimateable(bool on)
@@ -241,15 +241,17 @@ QVariant Attribute::interpolateValue(double startTime, double endTime, double ti
 QVariant Attribute::interpolateBetween(const QVariant& a, float t0, const QVariant& b, float t1, double time) const
 {
     if (!a.isValid() || !b.isValid()) return {};
-    if (type() == kTypeNumber)
-        return QVariant(float(interpolateFloat(a.toFloat(), t0, b.toFloat(), t1, time)));
-    if (type() == kTypeColor) {
+    switch (typeInfo().interpolation) {
+    case Interpolation::Linear: return QVariant(float(interpolateFloat(a.toFloat(), t0, b.toFloat(), t1, time)));
+    case Interpolation::LinearPerChannel: {
         const QColor ca = a.value<QColor>().toRgb(), cb = b.value<QColor>().toRgb();
         auto channel = [&](double x, double y) { return std::clamp(interpolateFloat(float(x), t0, float(y), t1, time), 0.0, 1.0); };
         return QColor::fromRgbF(float(channel(ca.redF(), cb.redF())), float(channel(ca.greenF(), cb.greenF())),
                                 float(channel(ca.blueF(), cb.blueF())), float(channel(ca.alphaF(), cb.alphaF())));
     }
-    return a;  // stepped: held until the next keyframe
+    case Interpolation::Hold: break;
+    }
+    return a;  // held until the next keyframe
 }
 
 void Attribute::addTimepoint(double t, const QVariant& value)
@@ -310,7 +312,7 @@ double Attribute::adjustTimepointsBy(double delta, bool onlySelected)
         const QList<float> oldSelection = selectedTimepoints_;
         if (store()) {
             QPointer<Attribute> self(this);
-            store()->undoManager().registerUndo([self, oldSelection] {
+            store()->undoManager().registerUndoForWrite(this, QStringLiteral("selectedTimepoints"), [self, oldSelection] {
                 if (self) self->selectedTimepoints_ = oldSelection;
             });
         }

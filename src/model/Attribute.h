@@ -4,6 +4,7 @@
 // is a constant or keyframes on the composition timeline; its type decides
 // how it is edited, animated and exported.
 
+#include "model/AttributeTypes.h"
 #include "model/KeyframeValues.h"
 #include "model/ManagedObject.h"
 #include "plist/Value.h"
@@ -13,13 +14,6 @@
 namespace model {
 
 class QuartzComponent;
-
-// Attribute type codes.
-enum AttributeType : int {
-    kTypeString = 0, kTypeIndex = 1, kTypeNumber = 2, kTypeBoolean = 3, kTypeIndexMenu = 4, kTypeColor = 5,
-    kTypeImage = 6, kTypeFont = 7, kTypeStyledText = 8, kTypeFilePath = 9, kTypeOtherFilePath = 10,
-    kTypeVideoInput = 11, kTypeRichFont = 12,
-};
 
 // Keys of the port-attribute dictionary a component hands to createFromPort.
 struct PortInfoKeys {
@@ -53,6 +47,7 @@ public:
     bool permissionToChange() const { return storedValue(QStringLiteral("permissionToChange")).toBool(); }
     void setPermissionToChange(bool on) { setStoredValue(QStringLiteral("permissionToChange"), on); }
     int type() const { return storedValueAt(typeIndex()).toInt(); }
+    const AttributeTypeInfo& typeInfo() const { return attributeType(type()); }
     void setType(int type) { setStoredValue(QStringLiteral("type"), type); }
     QStringList possibleValues() const { return storedValue(QStringLiteral("possibleValues")).toStringList(); }
     void setPossibleValues(const QStringList& values) { setStoredValue(QStringLiteral("possibleValues"), values); }

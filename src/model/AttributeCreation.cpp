@@ -56,39 +56,17 @@ Attribute* Attribute::createFromPort(ObjectStore* store, const QVariantMap& info
     a->setLabel(label);
 
     QVariant value = givenValue;
-    if (typeName == QLatin1String("QCPortTypeBoolean")) {
-        a->setType(kTypeBoolean);
-    } else if (typeName == QLatin1String("QCPortTypeIndex")) {
-        const QStringList menu = info.value(PortInfoKeys::menuItems).toStringList();
-        if (!menu.isEmpty()) {
-            a->setType(kTypeIndexMenu);
-            a->setPossibleValues(menu);
-        } else {
-            a->setType(kTypeIndex);
-        }
-    } else if (typeName == QLatin1String("QCPortTypeNumber")) {
-        a->setType(kTypeNumber);
-    } else if (typeName == QLatin1String("QCPortTypeString")) {
-        a->setType(kTypeString);
-    } else if (typeName == QLatin1String("QCPortTypeColor")) {
-        a->setType(kTypeColor);
-    } else if (typeName == QLatin1String("QCPortTypeImage")) {
-        if (key == QLatin1String("videoInput")) {
+    const QStringList menu = info.value(PortInfoKeys::menuItems).toStringList();
+    if (const AttributeTypeInfo* type = attributeTypeForPortType(typeName, !menu.isEmpty())) {
+        a->setType(type->code);
+        if (type->code == kTypeIndexMenu) a->setPossibleValues(menu);
+        if (type->code == kTypeImage && key == QLatin1String("videoInput")) {
+            // The live input's picture in the editor is the poster image, or
+            // none at all: never an empty picture.
             a->setType(kTypeVideoInput);
-            // Without a poster image the value is none, not an empty picture.
             const QImage poster = QImage::fromData(Settings::value(Settings::kVideoInputPosterImage).toByteArray());
             value = poster.isNull() ? QVariant() : QVariant(poster);
-        } else {
-            a->setType(kTypeImage);
         }
-    } else if (typeName == QLatin1String("__RTF__")) {
-        a->setType(kTypeStyledText);
-    } else if (typeName == QLatin1String("__FONT__")) {
-        a->setType(kTypeFont);
-    } else if (typeName == QLatin1String("__RICHFONT__")) {
-        a->setType(kTypeRichFont);
-    } else if (typeName == QLatin1String("__FILE__")) {
-        a->setType(kTypeFilePath);
     }
     a->setCurrentValue(value);
     a->commonInit();

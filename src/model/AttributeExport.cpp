@@ -30,19 +30,19 @@ void Attribute::pushValueToRenderer() const
     QuartzComponent* owner = component();
     if (!owner || !quartzAttribute()) return;
     const QVariant value = currentValue();
-    switch (type()) {
-    case kTypeFont: {
+    switch (typeInfo().portForm) {
+    case PortForm::FontNameAndSize: {
         const QFont font = value.value<QFont>();
         owner->setRendererInputValue(key(), font.family());
         owner->setRendererInputValue(sizeKeyForFontKey(key()), float(font.pointSizeF()));
         break;
     }
-    case kTypeRichFont: {
+    case PortForm::RichFontMembers: {
         const QVariantMap members = value.value<RichFontValue>().renderAttributes();
         for (auto it = members.begin(); it != members.end(); ++it) owner->setRendererInputValue(it.key(), it.value());
         break;
     }
-    default: owner->setRendererInputValue(key(), value); break;
+    case PortForm::Value: owner->setRendererInputValue(key(), value); break;
     }
 }
 
@@ -54,13 +54,16 @@ Value Attribute::quartzValues() const
         return result;
     }
     const QVariant value = currentValue();
-    if (type() == kTypeFont) {
+    switch (typeInfo().portForm) {
+    case PortForm::FontNameAndSize: {
         const QFont font = value.value<QFont>();
         result.set(key().toStdString(), font.family().toStdString());
         result.set(sizeKeyForFontKey(key()).toStdString(), Value::singleReal(float(font.pointSizeF())));
         return result;
     }
-    if (type() == kTypeRichFont) return value.value<RichFontValue>().quartzValues();
+    case PortForm::RichFontMembers: return value.value<RichFontValue>().quartzValues();
+    case PortForm::Value: break;
+    }
     if (!value.isValid()) return result;
     result.set(key().toStdString(), fileValue(value));
     return result;
@@ -101,12 +104,13 @@ plist::Value Attribute::keyFrameInformation() const
             previous = time;
         }
     };
-    const int t = type();
-    if (t == kTypeNumber) {
+    switch (typeInfo().curve) {
+    case ExportCurve::Smooth:
         if (!keys.isEmpty() && keys.first() > 0)
             points.push_back(keyFrameInfo(0.0, fileValue(marginAdjustedValueForTimepoint(keys.first())), 0, 0));
         smooth(points, [&](double time) { return fileValue(marginAdjustedValueForTimepoint(time)); });
-    } else if (t == kTypeColor) {
+        break;
+    case ExportCurve::SmoothPerChannel:
         // One curve per channel; alpha is not animated in the export. The
         // extra point at time 0 is never added here.
         for (const char* channel : {"red", "green", "blue"}) {
@@ -114,7 +118,8 @@ plist::Value Attribute::keyFrameInformation() const
             smooth(curve, [&](double time) { return fileValue(marginAdjustedValueForTimepoint(time)).value(channel); });
             points.push_back(Value(std::move(curve)));
         }
-    } else if (t == kTypeIndex || t == kTypeIndexMenu) {
+        break;
+    case ExportCurve::SteppedValues: {
         // A stepped curve on the values themselves.
         Value previous;
         for (float time : keys) {
@@ -124,13 +129,16 @@ plist::Value Attribute::keyFrameInformation() const
             points.push_back(keyFrameInfo(time, v, 0, 0));
             previous = v;
         }
-    } else {
+        break;
+    }
+    case ExportCurve::SteppedIndices:
         // A stepped curve of indices into keyFrameValuesForMultiplexer.
         for (int n = 0; n < keys.size(); ++n) {
             if (n == 0) points.push_back(keyFrameInfo(0.0, Value(0), 0, 0));
             if (n > 0) points.push_back(keyFrameInfo(keys[n], Value(n - 1), 0, 0));
             points.push_back(keyFrameInfo(keys[n], Value(n), 0, 0));
         }
+        break;
     }
     return Value(std::move(points));
 }
@@ -138,8 +146,7 @@ plist::Value Attribute::keyFrameInformation() const
 plist::Array Attribute::keyFrameValuesForMultiplexer() const
 {
     plist::Array values;
-    const int t = type();
-    if (t == kTypeNumber || t == kTypeColor || t == kTypeIndex || t == kTypeIndexMenu) return values;
+    if (typeInfo().curve != ExportCurve::SteppedIndices) return values;
     for (float time : sortedKeyFrames()) values.push_back(fileValue(marginAdjustedValueForTimepoint(time)));
     return values;
 }

@@ -104,7 +104,7 @@ QVariantMap Composition::compositionInfo() const
 namespace model {
 
 namespace {
-bool isFilePathAttribute(const Attribute* a) { return a->type() == kTypeFilePath || a->type() == kTypeOtherFilePath; }
+bool isFilePathAttribute(const Attribute* a) { return a->typeInfo().filePath; }
 }  // namespace
 
 QStringList Composition::upgradeComponents()

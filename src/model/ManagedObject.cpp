@@ -114,9 +114,11 @@ void ManagedObject::setStoredValue(const QString& key, const QVariant& value)
     if (store_) {
         store_->noteUpdated(this);
         QPointer<ManagedObject> self(this);
-        store_->undoManager().registerUndo([self, key, old] {
-            if (self) self->setStoredValue(key, old);
-        });
+        store_->undoManager().registerUndoForWrite(
+            this, key, [self, key, old] {
+                if (self) self->setStoredValue(key, old);
+            },
+            [self, index, old] { return self && !valuesEqual(self->values_[std::size_t(index)], old); });
     }
 }
 

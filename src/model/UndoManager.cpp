@@ -33,7 +33,10 @@ void UndoManager::endUndoGrouping()
         if (parent.name.isEmpty()) parent.name = group.name;
         return;
     }
-    if (group.actions.empty()) return;  // nothing happened: no step for the user
+    // Writes that ended where they began change nothing: no entry, and a
+    // group of nothing but those is no step (a drag back to its start).
+    std::erase_if(group.actions, [](const Action& a) { return a.stillChanged && !a.stillChanged(); });
+    if (group.actions.empty()) return;
     if (undoing_) {
         redoStack_.push_back(std::move(group));
     } else {
@@ -43,33 +46,62 @@ void UndoManager::endUndoGrouping()
     Q_EMIT changed();
 }
 
+void UndoManager::openAutomaticGroupIfNeeded()
+{
+    if (!openGroups_.empty() || !groupsByEvent_ || undoing_ || redoing_) return;
+    beginUndoGrouping();
+    openGroups_.back().automatic = true;
+    if (closePosted_) return;
+    closePosted_ = true;
+    std::weak_ptr<bool> alive = alive_;
+    QMetaObject::invokeMethod(
+        this,
+        [this, alive] {
+            if (alive.expired()) return;
+            closePosted_ = false;
+            closeAutomaticGroup();
+        },
+        Qt::QueuedConnection);
+}
+
+void UndoManager::append(Action action)
+{
+    if (openGroups_.empty()) {
+        // Without grouping by event, each registration outside a group is a step.
+        beginUndoGrouping();
+        openGroups_.back().actions.push_back(std::move(action));
+        endUndoGrouping();
+        return;
+    }
+    openGroups_.back().actions.push_back(std::move(action));
+}
+
 void UndoManager::registerUndo(std::function<void()> action)
 {
     if (!isUndoRegistrationEnabled() || !action) return;
-    if (openGroups_.empty()) {
-        if (groupsByEvent_ && !undoing_ && !redoing_) {
-            beginUndoGrouping();
-            openGroups_.back().automatic = true;
-            if (!closePosted_) {
-                closePosted_ = true;
-                std::weak_ptr<bool> alive = alive_;
-                QMetaObject::invokeMethod(
-                    this,
-                    [this, alive] {
-                        if (alive.expired()) return;
-                        closePosted_ = false;
-                        closeAutomaticGroup();
-                    },
-                    Qt::QueuedConnection);
-            }
-        } else {
-            beginUndoGrouping();
-            openGroups_.back().actions.push_back(std::move(action));
-            endUndoGrouping();
-            return;
-        }
+    openAutomaticGroupIfNeeded();
+    append({std::move(action), {}});
+}
+
+void UndoManager::registerUndoForWrite(const void* object, const QString& key, std::function<void()> action,
+                                       std::function<bool()> stillChanged)
+{
+    if (!isUndoRegistrationEnabled() || !action) return;
+    openAutomaticGroupIfNeeded();
+    if (!openGroups_.empty()) {
+        auto& written = openGroups_.front().writtenKeys;
+        const QPair<quintptr, QString> id(quintptr(object), key);
+        if (written.contains(id)) return;  // the first old value stands
+        written.insert(id);
     }
-    openGroups_.back().actions.push_back(std::move(action));
+    append({std::move(action), std::move(stillChanged)});
+}
+
+std::size_t UndoManager::actionCountOfUndoStep() const
+{
+    if (openGroups_.size() == 1 && openGroups_.front().automatic && !openGroups_.front().actions.empty())
+        return openGroups_.front().actions.size();
+    return undoStack_.empty() ? 0 : undoStack_.back().actions.size();
 }
 
 void UndoManager::closeAutomaticGroup()
@@ -106,7 +138,7 @@ void UndoManager::runGroup(Group group)
     // Actions run newest first; what they register becomes the opposite step.
     beginUndoGrouping();
     openGroups_.back().name = group.name;
-    for (auto it = group.actions.rbegin(); it != group.actions.rend(); ++it) (*it)();
+    for (auto it = group.actions.rbegin(); it != group.actions.rend(); ++it) it->run();
     endUndoGrouping();
 }
 

@@ -9,6 +9,8 @@
 // everything one user event changes is one step.
 
 #include <QObject>
+#include <QPair>
+#include <QSet>
 #include <QString>
 
 #include <functional>
@@ -32,6 +34,13 @@ public:
 
     // Registration.
     void registerUndo(std::function<void()> action);
+    // The undo of a write of `key` on `object`. Inside an open group only the
+    // first write of a key on an object is recorded: its old value is what
+    // undo restores, so a drag of any length keeps one entry per object and
+    // key. `stillChanged` is asked when the outermost group closes; a write
+    // whose value is back where it started leaves no entry.
+    void registerUndoForWrite(const void* object, const QString& key, std::function<void()> action,
+                              std::function<bool()> stillChanged = {});
     void disableUndoRegistration() { ++disabled_; }
     void enableUndoRegistration()
     {
@@ -51,6 +60,8 @@ public:
     QString redoActionName() const;
     void removeAllActions();
     std::size_t undoCount() const { return undoStack_.size(); }
+    // How many actions the step Undo would run holds.
+    std::size_t actionCountOfUndoStep() const;
 
 Q_SIGNALS:
     void willUndo();
@@ -62,12 +73,19 @@ Q_SIGNALS:
     void changed();  // the stacks changed: menus refresh their titles
 
 private:
+    struct Action {
+        std::function<void()> run;
+        std::function<bool()> stillChanged;  // empty: always kept
+    };
     struct Group {
         QString name;
-        std::vector<std::function<void()>> actions;
+        std::vector<Action> actions;
+        QSet<QPair<quintptr, QString>> writtenKeys;  // kept by the outermost open group
         bool automatic = false;
     };
     void closeAutomaticGroup();
+    void openAutomaticGroupIfNeeded();
+    void append(Action action);
     void runGroup(Group group);
 
     std::vector<Group> undoStack_;
