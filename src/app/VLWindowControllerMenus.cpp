@@ -6,7 +6,7 @@
 #include "app/VLWindowController.h"
 
 #include "canvas/CompositionView.h"
-#include "canvas/ToolbarArtwork.h"
+#include "widgets/ToolbarArtwork.h"
 #include "canvas/VLAlignmentController.h"
 #include "document/ComponentClipboard.h"
 #include "document/CompositionDocument.h"
@@ -137,7 +137,7 @@ void VLWindowController::buildArrangeMenu()
                                      [this, tag] {
                                          canvas::VLAlignmentController([this] { return commands_.get(); }).executeTag(tag);
                                      });
-        action->setIcon(canvas::ToolbarArtwork::toolbarImageWithName(item.imageName));
+        action->setIcon(widgets::ToolbarArtwork::toolbarImageWithName(item.imageName));
         action->setToolTip(tr("%1 (Shift: keep the first selected in place)").arg(item.title));
     }
     menu->addSeparator();

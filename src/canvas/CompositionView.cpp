@@ -249,8 +249,10 @@ void CompositionView::renderComponents(QPainter& painter, const QRect& area)
         components[i]->renderForView(this, *target, time, arguments);
     }
     if (still == 0) stillBelow_ = {};
+    QColor overlayColour = palette().color(QPalette::Text);
+    overlayColour.setAlphaF(0.7f);
     for (model::QuartzComponent* component : components)
-        component->renderOverlaysForView(*target, 1.0 / g.zoom());
+        component->renderOverlaysForView(*target, 1.0 / g.zoom(), overlayColour);
     // Only now: the target draws in image pixels, ignoring the ratio.
     image.setDevicePixelRatio(dpr);
     painter.drawImage(area.topLeft(), image);

@@ -1,8 +1,8 @@
 #include "canvas/VLMainToolbar.h"
 
 #include "canvas/CompositionView.h"
-#include "canvas/ToolbarArtwork.h"
-#include "canvas/VLSegmentedControl.h"
+#include "widgets/ToolbarArtwork.h"
+#include "widgets/VLSegmentedControl.h"
 #include "document/DocumentCommands.h"
 #include "model/Composition.h"
 #include "model/Settings.h"
@@ -85,7 +85,7 @@ void VLMainToolbar::addItem(const QString& identifier)
 
 void VLMainToolbar::addComponentItem(const ToolbarComponentEntry& entry)
 {
-    auto* action = new QAction(ToolbarArtwork::toolbarImageWithName(entry.icon), entry.title, this);
+    auto* action = new QAction(widgets::ToolbarArtwork::toolbarImageWithName(entry.icon), entry.title, this);
     action->setToolTip(entry.title);
     action->setObjectName(entry.identifier);
     if (entry.hasSubcomponents()) {
@@ -95,7 +95,7 @@ void VLMainToolbar::addComponentItem(const ToolbarComponentEntry& entry)
                 menu->addSeparator();
                 continue;
             }
-            QAction* item = menu->addAction(ToolbarArtwork::toolbarImageWithName(sub.icon), sub.title);
+            QAction* item = menu->addAction(widgets::ToolbarArtwork::toolbarImageWithName(sub.icon), sub.title);
             item->setObjectName(sub.identifier);
             connect(item, &QAction::triggered, this, [this, sub] { addToolbarComponent(sub); });
         }
@@ -137,7 +137,7 @@ QAction* VLMainToolbar::addLabelledWidget(const QString& identifier, QWidget* wi
 void VLMainToolbar::addStandardItem(const QString& identifier)
 {
     auto commandAction = [this, &identifier](auto slot) {
-        auto* action = new QAction(ToolbarArtwork::toolbarImageWithName(identifier), identifier, this);
+        auto* action = new QAction(widgets::ToolbarArtwork::toolbarImageWithName(identifier), identifier, this);
         action->setToolTip(identifier);
         action->setObjectName(identifier);
         connect(action, &QAction::triggered, this, slot);
@@ -148,12 +148,12 @@ void VLMainToolbar::addStandardItem(const QString& identifier)
     };
     if (identifier == QLatin1String("Align") || identifier == QLatin1String("Distribute")) {
         const bool distributes = identifier == QLatin1String("Distribute");
-        std::vector<VLSegmentedControl::Segment> segments;
+        std::vector<widgets::VLSegmentedControl::Segment> segments;
         for (const AlignmentItem& item : VLAlignmentController::items())
             if (item.distributes == distributes)
-                segments.push_back({item.tag, ToolbarArtwork::toolbarImageWithName(item.imageName), item.title});
-        auto* control = new VLSegmentedControl(segments);
-        connect(control, &VLSegmentedControl::segmentTriggered, this, [this](int tag) { alignment_.executeTag(tag); });
+                segments.push_back({item.tag, widgets::ToolbarArtwork::toolbarImageWithName(item.imageName), item.title});
+        auto* control = new widgets::VLSegmentedControl(segments);
+        connect(control, &widgets::VLSegmentedControl::segmentTriggered, this, [this](int tag) { alignment_.executeTag(tag); });
         (distributes ? distributeControl_ : alignControl_) = control;
         addLabelledWidget(identifier, control);
     } else if (identifier == QLatin1String("Workbench Size")) {

@@ -16,10 +16,13 @@ namespace document {
 class DocumentCommands;
 }
 
+namespace widgets {
+class VLSegmentedControl;
+}
+
 namespace canvas {
 
 class CompositionView;
-class VLSegmentedControl;
 
 class VLMainToolbar : public QToolBar {
     Q_OBJECT
@@ -36,8 +39,8 @@ public:
     // The item's widget by toolbar identifier (null for spaces and unknown ones).
     QWidget* itemWidget(const QString& identifier) const;
     QAction* itemAction(const QString& identifier) const;
-    VLSegmentedControl* alignControl() const { return alignControl_; }
-    VLSegmentedControl* distributeControl() const { return distributeControl_; }
+    widgets::VLSegmentedControl* alignControl() const { return alignControl_; }
+    widgets::VLSegmentedControl* distributeControl() const { return distributeControl_; }
     QComboBox* zoomButton() const { return zoomButton_; }
 
     void setFileChooser(FileChooser chooser) { fileChooser_ = std::move(chooser); }
@@ -62,8 +65,8 @@ private:
     std::vector<ToolbarComponentEntry> entries_;
     VLAlignmentController alignment_;
     FileChooser fileChooser_;
-    VLSegmentedControl* alignControl_ = nullptr;
-    VLSegmentedControl* distributeControl_ = nullptr;
+    widgets::VLSegmentedControl* alignControl_ = nullptr;
+    widgets::VLSegmentedControl* distributeControl_ = nullptr;
     QComboBox* zoomButton_ = nullptr;
     QHash<QString, QAction*> actions_;
 };

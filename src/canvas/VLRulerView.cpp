@@ -2,6 +2,7 @@
 
 #include "canvas/CompositionView.h"
 #include "model/Composition.h"
+#include "widgets/RulerDrawing.h"
 
 #include <QMouseEvent>
 #include <QPainter>
@@ -23,13 +24,7 @@ void VLRulerView::setCompositionView(CompositionView* view)
     update();
 }
 
-double VLRulerView::majorTickStep(double zoom)
-{
-    constexpr double kMinimumSpacing = 60.0;
-    for (double decade = 1.0;; decade *= 10.0)
-        for (double multiple : {1.0, 2.0, 5.0})
-            if (decade * multiple * zoom >= kMinimumSpacing || decade > 1e6) return decade * multiple;
-}
+double VLRulerView::majorTickStep(double zoom) { return widgets::majorTickStep(zoom); }
 
 QPointF VLRulerView::viewPointAt(const QPointF& rulerPoint) const
 {
@@ -51,7 +46,7 @@ void VLRulerView::paintEvent(QPaintEvent*)
     const QColor base = palette().color(QPalette::Window);
     painter.fillRect(rect(), base.darker(115));
     const bool horizontal = orientation_ == Qt::Horizontal;
-    QColor ink = palette().color(QPalette::WindowText);
+    const QColor ink = palette().color(QPalette::WindowText);
     if (!view_ || !view_->composition()) return;
 
     const double zoom = view_->zoomFactor();
@@ -70,39 +65,17 @@ void VLRulerView::paintEvent(QPaintEvent*)
                                      : QRectF(QPointF(0, std::min(a, b)), QPointF(width(), std::max(a, b)));
     painter.fillRect(extent, base.darker(102));
 
-    const double major = majorTickStep(zoom);
-    const double minor = major * zoom >= 100 ? major / 10 : major / 5;
-    const double first = horizontal ? compositionCoordinateAt(QPointF(0, 0)) : compositionCoordinateAt(QPointF(0, length));
-    const double last = horizontal ? compositionCoordinateAt(QPointF(length, 0)) : compositionCoordinateAt(QPointF(0, 0));
-    const double thickness = horizontal ? height() : width();
-    QFont font = painter.font();
-    font.setPointSizeF(7.5);
-    painter.setFont(font);
-    ink.setAlpha(150);
-    painter.setPen(QPen(ink, 1));
-    for (double c = std::floor(first / minor) * minor; c <= last + minor; c += minor) {
-        const double r = std::round(toRuler(c)) + 0.5;
-        const bool labelled = std::abs(std::remainder(c, major)) < minor * 0.01;
-        const double tick = labelled ? thickness * 0.75 : thickness * 0.25;
-        if (horizontal) {
-            painter.drawLine(QPointF(r, thickness - tick), QPointF(r, thickness));
-            if (labelled) painter.drawText(QPointF(r + 3, 9), QString::number(std::lround(c)));
-        } else {
-            painter.drawLine(QPointF(thickness - tick, r), QPointF(thickness, r));
-            if (labelled) {
-                painter.save();
-                painter.translate(9, r - 3);
-                painter.rotate(-90);
-                painter.drawText(QPointF(0, 0), QString::number(std::lround(c)));
-                painter.restore();
-            }
-        }
-    }
-    painter.setPen(QPen(base.darker(160), 1));
-    if (horizontal)
-        painter.drawLine(QPointF(0, height() - 0.5), QPointF(width(), height() - 0.5));
-    else
-        painter.drawLine(QPointF(width() - 0.5, 0), QPointF(width() - 0.5, height()));
+    widgets::RulerScale scale;
+    scale.orientation = orientation_;
+    scale.thickness = horizontal ? height() : width();
+    scale.first = horizontal ? compositionCoordinateAt(QPointF(0, 0)) : compositionCoordinateAt(QPointF(0, length));
+    scale.last = horizontal ? compositionCoordinateAt(QPointF(length, 0)) : compositionCoordinateAt(QPointF(0, 0));
+    scale.pixelsPerUnit = zoom;
+    scale.majorStep = majorTickStep(zoom);
+    scale.minorStep = widgets::minorTickStep(scale.majorStep, zoom);
+    scale.position = toRuler;
+    scale.label = [](double c) { return QString::number(std::lround(c)); };
+    widgets::drawRulerTicks(painter, scale, ink, base.darker(160));
 }
 
 void VLRulerView::mouseDoubleClickEvent(QMouseEvent* event)

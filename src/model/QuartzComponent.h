@@ -9,6 +9,7 @@
 #include "model/ManagedObject.h"
 
 #include <QByteArray>
+#include <QColor>
 #include <QPointer>
 #include <QRectF>
 #include <QStringList>
@@ -184,8 +185,10 @@ public:
     void setupRenderer();
     void renderForView(const void* context, runtime::RenderTarget& target, double time,
                        const QVariantMap& arguments = {});
-    // The selection frame and handles; `lineWidth` in composition pixels.
-    void renderOverlaysForView(runtime::RenderTarget& target, double lineWidth = 1.0) const;
+    // The selection frame and handles in `colour` (the view picks it to
+    // stand out); `lineWidth` in composition pixels.
+    void renderOverlaysForView(runtime::RenderTarget& target, double lineWidth = 1.0,
+                               const QColor& colour = QColor(0, 0, 0, 178)) const;
     static QTransform viewTransformForCompositionSize(const QSizeF& size);
     static QString previewOutputPort() { return QStringLiteral("outputImage"); }
     QString spriteNodeKey() const { return spriteKey_; }

@@ -7,8 +7,7 @@
 #include "runtime/Backend.h"
 #include "runtime/Renderer.h"
 
-#include <QGuiApplication>
-#include <QPalette>
+#include <QColor>
 
 namespace model {
 
@@ -98,7 +97,7 @@ void QuartzComponent::renderForView(const void* context, runtime::RenderTarget& 
     }
 }
 
-void QuartzComponent::renderOverlaysForView(runtime::RenderTarget& target, double lineWidth) const
+void QuartzComponent::renderOverlaysForView(runtime::RenderTarget& target, double lineWidth, const QColor& colour) const
 {
     if (!selected_ || !visible() || !visibleInCompositionEditor()) return;
     const std::array<QRectF, 9> rects = handleRects();
@@ -107,10 +106,9 @@ void QuartzComponent::renderOverlaysForView(runtime::RenderTarget& target, doubl
     transform.translate(float(centre.x()), float(centre.y()));
     transform.rotate(float(zRotation()), 0, 0, 1);  // the overlay turns with the layer
 
-    QColor label = QGuiApplication::palette().color(QPalette::Text);
     runtime::QuadDraw quad;
     quad.transform = transform;
-    quad.color = runtime::Color{label.redF(), label.greenF(), label.blueF(), 0.7};
+    quad.color = runtime::Color{colour.redF(), colour.greenF(), colour.blueF(), colour.alphaF()};
     quad.blend = runtime::BlendMode::Over;
     auto fill = [&](const QRectF& r) {
         quad.rect = r.translated(-centre);

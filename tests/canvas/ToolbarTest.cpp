@@ -5,7 +5,7 @@
 
 #include "canvas/ToolbarComponents.h"
 #include "canvas/VLMainToolbar.h"
-#include "canvas/VLSegmentedControl.h"
+#include "widgets/VLSegmentedControl.h"
 #include "document/DocumentCommands.h"
 
 #include <QComboBox>

@@ -9,7 +9,7 @@
 #include <QString>
 #include <QStringList>
 
-namespace canvas {
+namespace widgets {
 
 class NamedImages {
 public:
@@ -21,4 +21,4 @@ public:
     static QPixmap pixmapNamed(const QString& name, int size, qreal devicePixelRatio = 1.0);
 };
 
-}  // namespace canvas
+}  // namespace widgets

@@ -1,13 +1,13 @@
-#include "canvas/TimelineArtwork.h"
+#include "widgets/TimelineArtwork.h"
 
-#include "canvas/ArtworkIcon.h"
+#include "widgets/ArtworkIcon.h"
 
 #include <QPainter>
 #include <QPolygonF>
 
 #include <map>
 
-namespace canvas {
+namespace widgets {
 
 namespace {
 
@@ -82,4 +82,4 @@ QIcon TimelineArtwork::timelineImageWithName(const QString& name)
     return found == drawings().end() ? QIcon() : artworkIcon(found->second);
 }
 
-}  // namespace canvas
+}  // namespace widgets

@@ -1,9 +1,9 @@
-#include "canvas/VLSegmentedControl.h"
+#include "widgets/VLSegmentedControl.h"
 
 #include <QHBoxLayout>
 #include <QToolButton>
 
-namespace canvas {
+namespace widgets {
 
 VLSegmentedControl::VLSegmentedControl(const std::vector<Segment>& segments, QWidget* parent) : QWidget(parent)
 {
@@ -31,4 +31,4 @@ QToolButton* VLSegmentedControl::buttonForTag(int tag) const
     return nullptr;
 }
 
-}  // namespace canvas
+}  // namespace widgets

@@ -1,6 +1,6 @@
-#include "canvas/ToolbarArtwork.h"
+#include "widgets/ToolbarArtwork.h"
 
-#include "canvas/ArtworkIcon.h"
+#include "widgets/ArtworkIcon.h"
 
 #include <QPainter>
 #include <QPainterPath>
@@ -9,7 +9,7 @@
 #include <functional>
 #include <map>
 
-namespace canvas {
+namespace widgets {
 
 namespace {
 
@@ -190,4 +190,4 @@ QIcon ToolbarArtwork::toolbarImageWithName(const QString& name)
     return found == drawings().end() ? QIcon() : artworkIcon(found->second);
 }
 
-}  // namespace canvas
+}  // namespace widgets

@@ -11,7 +11,7 @@
 
 class QPainter;
 
-namespace canvas {
+namespace widgets {
 
 // The three colours a drawing may use: outlines, quiet fills, the accent.
 struct ArtworkInk {
@@ -31,4 +31,4 @@ ArtworkInk artworkInk(QIcon::Mode mode);
 // An icon that paints the drawing at any size (a null icon for no drawing).
 QIcon artworkIcon(ArtworkDrawing drawing);
 
-}  // namespace canvas
+}  // namespace widgets

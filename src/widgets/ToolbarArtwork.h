@@ -6,7 +6,7 @@
 #include <QIcon>
 #include <QString>
 
-namespace canvas {
+namespace widgets {
 
 class ToolbarArtwork {
 public:
@@ -16,4 +16,4 @@ public:
     static QString imageNameForToolbarItem(const QString& name);
 };
 
-}  // namespace canvas
+}  // namespace widgets

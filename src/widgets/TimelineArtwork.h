@@ -7,7 +7,7 @@
 #include <QString>
 #include <QStringList>
 
-namespace canvas {
+namespace widgets {
 
 class TimelineArtwork {
 public:
@@ -16,4 +16,4 @@ public:
     static QIcon timelineImageWithName(const QString& name);
 };
 
-}  // namespace canvas
+}  // namespace widgets

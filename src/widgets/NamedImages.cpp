@@ -1,11 +1,11 @@
-#include "canvas/NamedImages.h"
+#include "widgets/NamedImages.h"
 
-#include "canvas/TimelineArtwork.h"
-#include "canvas/ToolbarArtwork.h"
+#include "widgets/TimelineArtwork.h"
+#include "widgets/ToolbarArtwork.h"
 
 #include <QHash>
 
-namespace canvas {
+namespace widgets {
 
 namespace {
 
@@ -51,4 +51,4 @@ QPixmap NamedImages::pixmapNamed(const QString& name, int size, qreal devicePixe
     return icon.isNull() ? QPixmap() : icon.pixmap(QSize(size, size), devicePixelRatio);
 }
 
-}  // namespace canvas
+}  // namespace widgets

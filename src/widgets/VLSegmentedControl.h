@@ -10,7 +10,7 @@
 
 class QToolButton;
 
-namespace canvas {
+namespace widgets {
 
 class VLSegmentedControl : public QWidget {
     Q_OBJECT
@@ -31,4 +31,4 @@ private:
     std::vector<std::pair<int, QToolButton*>> buttons_;
 };
 
-}  // namespace canvas
+}  // namespace widgets

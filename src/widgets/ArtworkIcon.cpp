@@ -1,4 +1,4 @@
-#include "canvas/ArtworkIcon.h"
+#include "widgets/ArtworkIcon.h"
 
 #include <QGuiApplication>
 #include <QIconEngine>
@@ -6,7 +6,7 @@
 #include <QPalette>
 #include <QPixmap>
 
-namespace canvas {
+namespace widgets {
 
 namespace {
 
@@ -82,4 +82,4 @@ QIcon artworkIcon(ArtworkDrawing drawing)
     return QIcon(new ArtworkIconEngine(std::move(drawing)));
 }
 
-}  // namespace canvas
+}  // namespace widgets
