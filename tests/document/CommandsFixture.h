@@ -5,6 +5,7 @@
 #include "../model/ModelFixture.h"
 
 #include "document/DocumentCommands.h"
+#include "model/StoreFile.h"
 
 #include <initializer_list>
 
@@ -20,7 +21,23 @@ protected:
     // Forgets the steps of the set-up, so a test sees only its own.
     void startCounting() { store.undoManager().removeAllActions(); }
     std::size_t undoSteps() { return store.undoManager().undoCount(); }
-    void undo() { store.undoManager().undo(); }
+    // Every undo is checked against its redo: redo gives back exactly the
+    // state undo left, and undoing again the state before it.
+    void undo()
+    {
+        const QByteArray after = snapshot();
+        store.undoManager().undo();
+        const QByteArray before = snapshot();
+        store.undoManager().redo();
+        EXPECT_EQ(snapshot(), after) << "redo restores what undo took back";
+        store.undoManager().undo();
+        EXPECT_EQ(snapshot(), before) << "undo after redo";
+    }
+    QByteArray snapshot()
+    {
+        store.processPendingChanges();
+        return model::StoreFile::write(store);
+    }
 
     document::DocumentCommands commands{*composition};
 };
