@@ -1,5 +1,7 @@
 #include "runtime/Image.h"
 
+#include "quartz/TiffCodec.h"
+
 #include <QBuffer>
 #include <QImageReader>
 #include <QPainter>
@@ -26,6 +28,9 @@ Image Image::fromRaster(QImage pixels, QPoint origin)
 
 Image Image::fromEncodedData(const QByteArray& bytes, QString* error)
 {
+    // Composition files hold TIFF; ours reads every layout and gives the
+    // raster in the form kept here, and the bytes are remembered for a save.
+    if (quartz::tiff::isTiff(bytes)) return fromRaster(quartz::tiff::decode(bytes, error));
     QBuffer buffer;
     buffer.setData(bytes);
     buffer.open(QIODevice::ReadOnly);
