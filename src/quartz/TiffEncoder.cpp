@@ -1,6 +1,7 @@
 // Writing: the pixels become predicted rows and zlib streams (libdeflate)
-// strip by strip on every core; libtiff then lays the finished strips and the directory out
-// (TIFFWriteRawStrip), so the file is plain TIFF that any reader opens.
+// strip by strip on every core; libtiff then lays the finished strips and
+// the directory out (TIFFWriteRawStrip), so the file is plain TIFF that any
+// reader opens.
 
 #include "quartz/StripThreads.h"
 #include "quartz/TiffCodec.h"
@@ -10,7 +11,6 @@
 #include <libdeflate.h>
 
 #include <cstring>
-
 #include <mutex>
 
 namespace quartz::tiff {
@@ -85,8 +85,8 @@ private:
     std::vector<uint8_t> out_;
 };
 
-// Transparent areas give strips whose predicted bytes are all zero; every
-// full one of them compresses to the same stream, made once.
+// Transparent areas give strips of transparent rows only; every full one of
+// them compresses to the same stream, made once.
 class ZeroStrips {
 public:
     bool take(StripCompressor& compressor, std::size_t size, QByteArray* result)
@@ -119,12 +119,22 @@ bool compressStrips(const QImage& image, SourceRows rows, const Layout& layout, 
         for (int strip; (strip = counter.next()) >= 0;) {
             const int first = strip * layout.rowsPerStrip;
             const int count = layout.rowsIn(strip);
-            for (int r = 0; r < count; ++r)
-                writePredictedRow(image.constScanLine(first + r), rows, layout.width, layout.samples,
-                                  compressor.raw() + std::size_t(r) * std::size_t(layout.rowBytes));
+            int transparentRows = 0;
+            for (int r = 0; r < count; ++r) {
+                uint8_t* out = compressor.raw() + std::size_t(r) * std::size_t(layout.rowBytes);
+                const uchar* source = image.constScanLine(first + r);
+                // Four samples come from four-byte pixels: a transparent row is
+                // zero in memory and zero once predicted.
+                if (layout.samples == 4 && allZero(source, std::size_t(layout.rowBytes))) {
+                    std::memset(out, 0, std::size_t(layout.rowBytes));
+                    ++transparentRows;
+                } else {
+                    writePredictedRow(source, rows, layout.width, layout.samples, out);
+                }
+            }
             const std::size_t size = std::size_t(count) * std::size_t(layout.rowBytes);
             QByteArray& out = strips[std::size_t(strip)];
-            const bool shared = count == layout.rowsPerStrip && allZero(compressor.raw(), size);
+            const bool shared = count == layout.rowsPerStrip && transparentRows == count;
             if (!(shared ? zeroStrips.take(compressor, size, &out) : compressor.compress(size, &out))) return counter.fail();
         }
     });

@@ -179,14 +179,19 @@ void readRgbRow(const uint8_t* samples, int samplesPerPixel, AlphaSamples alpha,
         return;
     case AlphaSamples::Associated:
         for (int x = 0; x < width; ++x, samples += stride) {
+            // Transparent and opaque pixels, most of a picture, need no clamping.
             const uint8_t a = samples[3];
-            out[x] = qRgba(std::min(samples[0], a), std::min(samples[1], a), std::min(samples[2], a), a);
+            if (a == 0) out[x] = 0;
+            else if (a == 255) out[x] = qRgb(samples[0], samples[1], samples[2]);
+            else out[x] = qRgba(std::min(samples[0], a), std::min(samples[1], a), std::min(samples[2], a), a);
         }
         return;
     case AlphaSamples::Unassociated:
         for (int x = 0; x < width; ++x, samples += stride) {
             const uint8_t a = samples[3];
-            out[x] = qRgba(premultiply(samples[0], a), premultiply(samples[1], a), premultiply(samples[2], a), a);
+            if (a == 0) out[x] = 0;
+            else if (a == 255) out[x] = qRgb(samples[0], samples[1], samples[2]);
+            else out[x] = qRgba(premultiply(samples[0], a), premultiply(samples[1], a), premultiply(samples[2], a), a);
         }
         return;
     }
