@@ -30,9 +30,17 @@ QByteArray encodeUncached(const QImage& image, QString* error = nullptr);
 // the raster painter's own format, so the pixels are never converted again.
 // Null with a message in `error` for data libtiff cannot read; never aborts
 // or prints. The result is registered in the cache with these bytes (shared
-// when `bytes` owns its data, copied when it is raw data).
+// when `bytes` owns its data, copied when it is raw data). Bytes the cache
+// knows as the encoding of a premultiplied ARGB32 image give that image.
 QImage decode(const QByteArray& bytes, QString* error = nullptr);
 QImage decode(QByteArrayView bytes, QString* error = nullptr);
+
+// The image these bytes are the encoding of, without decoding anything, when
+// the cache still holds it: the image encode() was given, or the one decode()
+// made from equal bytes. Its format is the image's own (a straight-alpha
+// image stays straight; premultiplied, its pixels are what decode() gives).
+// Null otherwise.
+QImage sourceImage(QByteArrayView bytes);
 
 // As decode, without touching the cache.
 QImage decodeUncached(QByteArrayView bytes, QString* error = nullptr);

@@ -30,7 +30,12 @@ Image Image::fromEncodedData(const QByteArray& bytes, QString* error)
 {
     // Composition files hold TIFF; ours reads every layout and gives the
     // raster in the form kept here, and the bytes are remembered for a save.
-    if (quartz::tiff::isTiff(bytes)) return fromRaster(quartz::tiff::decode(bytes, error));
+    // A file played right after it was written (the thumbnail) holds images
+    // the editor still has: those are taken as they are, not decoded.
+    if (quartz::tiff::isTiff(bytes)) {
+        if (QImage known = quartz::tiff::sourceImage(bytes); !known.isNull()) return fromRaster(std::move(known));
+        return fromRaster(quartz::tiff::decode(bytes, error));
+    }
     QBuffer buffer;
     buffer.setData(bytes);
     buffer.open(QIODevice::ReadOnly);

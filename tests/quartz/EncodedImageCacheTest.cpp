@@ -143,3 +143,37 @@ TEST_F(EncodeOnce, FailedDecodesLeaveNothingBehind)
 }
 
 }  // namespace
+
+TEST(EncodedImageCache, FindsImagesByTheirBytesWithinTheImageBound)
+{
+    QImage a(100, 100, QImage::Format_ARGB32_Premultiplied);  // 40000 bytes
+    a.fill(Qt::red);
+    QImage b = a.copy();
+    b.fill(Qt::blue);
+    EncodedImageCache cache(1000, 60000);
+    cache.insert(1, bytesOf(40, 'a'), a);
+    EXPECT_EQ(cache.findImage(bytesOf(40, 'a')), a) << "equal bytes anywhere in memory";
+    EXPECT_TRUE(cache.findImage(bytesOf(40, 'b')).isNull());
+    EXPECT_TRUE(cache.findImage(bytesOf(41, 'a')).isNull());
+    cache.insert(2, bytesOf(40, 'b'), b);  // 80000 bytes of pixels: a lets go of its image
+    EXPECT_TRUE(cache.findImage(bytesOf(40, 'a')).isNull());
+    EXPECT_EQ(cache.find(1), bytesOf(40, 'a')) << "and keeps its bytes";
+    EXPECT_EQ(cache.findImage(bytesOf(40, 'b')), b);
+    EXPECT_EQ(cache.statistics().imageBytes, b.sizeInBytes());
+    cache.insert(2, bytesOf(40, 'c'));
+    EXPECT_TRUE(cache.findImage(bytesOf(40, 'b')).isNull()) << "replaced bytes no longer lead anywhere";
+    EXPECT_EQ(cache.statistics().imageBytes, 0);
+}
+
+TEST_F(EncodeOnce, DecodingBytesOfAPremultipliedImageGivesThatImage)
+{
+    const QImage image = gradientWithNoise(120, 80, true);
+    const QByteArray bytes = codec::encode(image);
+    const QImage decoded = codec::decode(QByteArray(bytes.constData(), bytes.size()));
+    EXPECT_EQ(decoded.cacheKey(), image.cacheKey()) << "no decoding: the very image";
+    const QImage straight = image.convertToFormat(QImage::Format_ARGB32);
+    const QImage fromStraight = codec::decode(codec::encode(straight));
+    EXPECT_NE(fromStraight.cacheKey(), straight.cacheKey()) << "a straight image is not what decoding gives";
+    EXPECT_EQ(fromStraight.format(), QImage::Format_ARGB32_Premultiplied);
+    EXPECT_EQ(fromStraight, image);
+}

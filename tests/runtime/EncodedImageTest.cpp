@@ -2,6 +2,7 @@
 // writer's layout), everything else through Qt's readers.
 #include "runtime/Image.h"
 
+#include "quartz/EncodedImageCache.h"
 #include "quartz/TiffCodec.h"
 
 #include <QBuffer>
@@ -49,6 +50,7 @@ TEST(EncodedImage, TiffOfAnyWriterBecomesThePremultipliedRaster)
 
 TEST(EncodedImage, DecodingATiffKeepsItsBytesForTheNextSave)
 {
+    quartz::tiff::EncodedImageCache::shared().clear();
     const QByteArray bytes = encoded(picture(), "TIFF");
     const Image image = Image::fromEncodedData(bytes);
     ASSERT_FALSE(image.isNull());
@@ -67,4 +69,20 @@ TEST(EncodedImage, DamagedTiffIsANullImageWithAReason)
     QString error;
     EXPECT_TRUE(Image::fromEncodedData(bytes.left(bytes.size() - 30), &error).isNull());
     EXPECT_FALSE(error.isEmpty());
+}
+
+TEST(EncodedImage, BytesOfAnImageStillHeldAreNotDecodedAgain)
+{
+    // A straight-alpha layer, encoded for a file that is then played at once.
+    quartz::tiff::EncodedImageCache::shared().clear();
+    const QImage layer = picture().convertToFormat(QImage::Format_RGBA8888);
+    const QByteArray written = quartz::tiff::encode(layer);
+    const QByteArray readBack(written.constData(), written.size());  // another copy, as from a file
+    const Image image = Image::fromEncodedData(readBack);
+    EXPECT_EQ(image.raster(), picture()) << "premultiplied, as decoding would give it";
+    EXPECT_EQ(quartz::tiff::EncodedImageCache::shared().statistics().imageHits, 1u);
+
+    QByteArray changed = readBack;
+    changed[changed.size() - 1] = char(changed[changed.size() - 1] ^ 1);
+    EXPECT_TRUE(quartz::tiff::sourceImage(changed).isNull()) << "other bytes are decoded";
 }
