@@ -36,7 +36,7 @@ QImage EncodedImageCache::findImage(QByteArrayView bytes)
     const auto [first, last] = byHash_.equal_range(hash);
     for (auto it = first; it != last; ++it) {
         const Entry& entry = *it->second;
-        if (entry.image.isNull() || entry.bytes.size() != bytes.size()
+        if (entry.image.isNull() || entry.image.isDetached() || entry.bytes.size() != bytes.size()
             || std::memcmp(entry.bytes.constData(), bytes.data(), std::size_t(bytes.size())) != 0)
             continue;
         ++imageHits_;
@@ -102,6 +102,13 @@ void EncodedImageCache::eraseLocked(Position entry)
 void EncodedImageCache::evictLocked()
 {
     while (bytes_ > capacity_ && !recency_.empty()) eraseLocked(std::prev(recency_.end()));
+    // An image nobody else holds any more is of no use to find again; its
+    // pixels are freed now rather than at the bound.
+    for (Entry& entry : recency_)
+        if (!entry.image.isNull() && entry.image.isDetached()) {
+            imageBytes_ -= entry.image.sizeInBytes();
+            entry.image = QImage();
+        }
     // Past the image bound the oldest entries keep their bytes only.
     for (auto it = recency_.rbegin(); imageBytes_ > imageCapacity_ && it != recency_.rend(); ++it) {
         imageBytes_ -= it->image.sizeInBytes();

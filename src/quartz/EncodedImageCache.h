@@ -8,8 +8,10 @@
 // The way back is kept too: bytes that are an entry's, wherever they were
 // copied to (a composition file played right after it was written), lead
 // to the entry's image without decoding, while the image is still held.
-// Holding images pins their pixels, so that has a bound of its own; past it
-// the least recently used entries let go of their image and keep the bytes.
+// An image is only held while somebody else holds it too (a document's
+// value); and since that pins its pixels, there is a bound of its own, past
+// which the least recently used entries let go of their image and keep the
+// bytes.
 
 #include <QByteArray>
 #include <QByteArrayView>

@@ -48,7 +48,7 @@ bool isPlainRgb(TIFF* tif, AlphaSamples* alpha)
     uint16_t extraCount = 0;
     uint16_t* extra = nullptr;
     TIFFGetFieldDefaulted(tif, TIFFTAG_EXTRASAMPLES, &extraCount, &extra);
-    // As libtiff's RGBA reader: a fourth sample of unspecified meaning is
+    // As libtiff's RGBA reader: a fourth sample of no stated meaning is
     // associated alpha, and so is an undeclared one in a four-sample file.
     if (extraCount > 0 && extra) *alpha = extra[0] == EXTRASAMPLE_UNASSALPHA ? AlphaSamples::Unassociated : AlphaSamples::Associated;
     else *alpha = samples == 4 ? AlphaSamples::Associated : AlphaSamples::None;

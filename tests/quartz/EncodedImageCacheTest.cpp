@@ -177,3 +177,17 @@ TEST_F(EncodeOnce, DecodingBytesOfAPremultipliedImageGivesThatImage)
     EXPECT_EQ(fromStraight.format(), QImage::Format_ARGB32_Premultiplied);
     EXPECT_EQ(fromStraight, image);
 }
+
+TEST(EncodedImageCache, LetsGoOfImagesNobodyElseHolds)
+{
+    EncodedImageCache cache(1000, qsizetype(1) << 30);
+    auto image = std::make_unique<QImage>(50, 50, QImage::Format_ARGB32_Premultiplied);
+    image->fill(Qt::green);
+    cache.insert(1, bytesOf(40, 'a'), *image);
+    EXPECT_FALSE(cache.findImage(bytesOf(40, 'a')).isNull());
+    image.reset();  // the document let go of it
+    EXPECT_TRUE(cache.findImage(bytesOf(40, 'a')).isNull()) << "found only while held elsewhere";
+    cache.insert(2, bytesOf(40, 'b'));
+    EXPECT_EQ(cache.statistics().imageBytes, 0) << "its pixels are freed at the next insert";
+    EXPECT_EQ(cache.find(1), bytesOf(40, 'a'));
+}

@@ -4,8 +4,6 @@
 
 #include "quartz/TiffCodec.h"
 
-#include <QtEndian>
-
 using namespace tifftest;
 namespace codec = quartz::tiff;
 
@@ -17,6 +15,21 @@ QByteArray sample()
     return bytes;
 }
 
+// Little-endian fields of the file, read and written with bounds checks.
+uint32_t read(const QByteArray& bytes, qsizetype at, int size)
+{
+    uint32_t value = 0;
+    if (at < 0 || at + size > bytes.size()) return 0;
+    for (int k = size - 1; k >= 0; --k) value = value << 8 | uchar(bytes.at(at + k));
+    return value;
+}
+
+void write32(QByteArray& bytes, qsizetype at, uint32_t value)
+{
+    if (at < 0 || at + 4 > bytes.size()) return;
+    for (int k = 0; k < 4; ++k) bytes[at + k] = char(value >> (8 * k));
+}
+
 // The first directory's entries of a little-endian file, for surgery.
 struct Entry {
     qsizetype at;  // offset of the 12-byte entry
@@ -26,11 +39,11 @@ struct Entry {
 std::vector<Entry> entries(const QByteArray& bytes)
 {
     std::vector<Entry> result;
-    const uint32_t ifd = qFromLittleEndian<uint32_t>(bytes.constData() + 4);
-    const uint16_t count = qFromLittleEndian<uint16_t>(bytes.constData() + ifd);
-    for (uint16_t i = 0; i < count; ++i) {
-        const qsizetype at = qsizetype(ifd) + 2 + 12 * i;
-        result.push_back({at, qFromLittleEndian<uint16_t>(bytes.constData() + at)});
+    const qsizetype ifd = read(bytes, 4, 4);
+    const int count = int(read(bytes, ifd, 2));
+    for (int i = 0; i < count; ++i) {
+        const qsizetype at = ifd + 2 + 12 * i;
+        result.push_back({at, uint16_t(read(bytes, at, 2))});
     }
     return result;
 }
@@ -38,7 +51,7 @@ std::vector<Entry> entries(const QByteArray& bytes)
 QByteArray withValue(QByteArray bytes, uint16_t tag, uint32_t value)
 {
     for (const Entry& e : entries(bytes))
-        if (e.tag == tag) qToLittleEndian<uint32_t>(value, bytes.data() + e.at + 8);
+        if (e.tag == tag) write32(bytes, e.at + 8, value);
     return bytes;
 }
 
@@ -67,8 +80,8 @@ TEST(TiffMalformed, StripsCutShortAreReported)
 {
     // The directory survives; strip data is overwritten by garbage.
     QByteArray bytes = sample();
-    const uint32_t ifd = qFromLittleEndian<uint32_t>(bytes.constData() + 4);
-    for (uint32_t i = 8; i < ifd; ++i) bytes[i] = char(i * 31);
+    const qsizetype ifd = read(bytes, 4, 4);
+    for (qsizetype i = 8; i < ifd; ++i) bytes[i] = char(i * 31);
     expectClearFailure(bytes, "garbage strips");
 }
 
@@ -96,9 +109,9 @@ TEST(TiffMalformed, HugeImagesAreRefusedBeforeAllocating)
 TEST(TiffMalformed, ADirectoryPointingAtItselfEnds)
 {
     QByteArray bytes = sample();
-    const uint32_t ifd = qFromLittleEndian<uint32_t>(bytes.constData() + 4);
-    const uint16_t count = qFromLittleEndian<uint16_t>(bytes.constData() + ifd);
-    qToLittleEndian<uint32_t>(ifd, bytes.data() + ifd + 2 + 12 * count);  // next directory: itself
+    const qsizetype ifd = read(bytes, 4, 4);
+    const qsizetype count = read(bytes, ifd, 2);
+    write32(bytes, ifd + 2 + 12 * count, uint32_t(ifd));  // next directory: itself
     QString error;
     const QImage image = codec::decodeUncached(bytes, &error);
     EXPECT_EQ(image.size(), QSize(300, 200)) << "the first image is whole: " << error.toStdString();
