@@ -10,6 +10,7 @@
 
 #include <QTransform>
 
+#include <climits>
 #include <mutex>
 
 namespace quartz::tiff {
@@ -50,9 +51,10 @@ bool isPlainRgb(TIFF* tif, AlphaSamples* alpha)
     TIFFGetFieldDefaulted(tif, TIFFTAG_EXTRASAMPLES, &extraCount, &extra);
     // As libtiff's RGBA reader: a fourth sample of no stated meaning is
     // associated alpha, and so is an undeclared one in a four-sample file.
-    if (extraCount > 0 && extra) *alpha = extra[0] == EXTRASAMPLE_UNASSALPHA ? AlphaSamples::Unassociated : AlphaSamples::Associated;
-    else *alpha = samples == 4 ? AlphaSamples::Associated : AlphaSamples::None;
     if (samples == 3) *alpha = AlphaSamples::None;
+    else if (extraCount > 0 && extra)
+        *alpha = extra[0] == EXTRASAMPLE_UNASSALPHA ? AlphaSamples::Unassociated : AlphaSamples::Associated;
+    else *alpha = samples == 4 ? AlphaSamples::Associated : AlphaSamples::None;
     return true;
 }
 
