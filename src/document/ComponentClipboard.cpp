@@ -5,6 +5,7 @@
 #include "model/ObjectStore.h"
 #include "model/QuartzComponent.h"
 #include "model/StandardComponents.h"
+#include "quartz/TiffCodec.h"
 
 #include <QClipboard>
 #include <QImage>
@@ -38,7 +39,10 @@ bool offersImage(const QMimeData& data) { return data.hasFormat(kQtImage) || !im
 QImage imageFrom(const QMimeData& data)
 {
     for (const QString& format : imageFormats(data)) {
-        const QImage image = QImage::fromData(data.data(format));
+        const QByteArray bytes = data.data(format);
+        // TIFF through our codec: every layout other programs put there, and
+        // the bytes are kept for the document's next save.
+        const QImage image = quartz::tiff::isTiff(bytes) ? quartz::tiff::decode(bytes) : QImage::fromData(bytes);
         if (!image.isNull()) return image;
     }
     // An image put on the clipboard by this program comes as a value.

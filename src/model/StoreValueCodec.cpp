@@ -3,8 +3,8 @@
 #include "model/KeyframeValues.h"
 #include "model/RichFontValue.h"
 #include "model/StoreFileTextRuns.h"
+#include "quartz/TiffCodec.h"
 
-#include <QBuffer>
 #include <QColor>
 #include <QFont>
 #include <QImage>
@@ -118,14 +118,8 @@ QString fromUtf16Base64(QStringView text)
     return result;
 }
 
-QString pngBase64(const QImage& image)
-{
-    QByteArray bytes;
-    QBuffer buffer(&bytes);
-    buffer.open(QIODevice::WriteOnly);
-    image.save(&buffer, "PNG");
-    return QString::fromLatin1(bytes.toBase64());
-}
+// The bytes the export writes too: encoded once for both (quartz/TiffCodec.h).
+QString tiffBase64(const QImage& image) { return QString::fromLatin1(quartz::tiff::encode(image).toBase64()); }
 
 // Keyframe tables of plain numbers or colours (nearly all of them) are
 // written as one run of numbers: "time value time value ..." or
@@ -230,7 +224,7 @@ void writeValue(QXmlStreamWriter& xml, const QVariant& value, const QString& ele
                    QStringList{channel(c.redF()), channel(c.greenF()), channel(c.blueF()), channel(c.alphaF())}.join(QLatin1Char(' ')));
         return;
     }
-    case QMetaType::QImage: writeTyped(xml, element, extra, QStringLiteral("image"), pngBase64(value.value<QImage>())); return;
+    case QMetaType::QImage: writeTyped(xml, element, extra, QStringLiteral("tiff"), tiffBase64(value.value<QImage>())); return;
     case QMetaType::QFont: {
         const QFont f = value.value<QFont>();
         xml.writeStartElement(element);
@@ -287,7 +281,10 @@ bool readChildren(QXmlStreamReader& xml, QString& error, StoreFileTextRuns* runs
     return !xml.hasError();
 }
 
-bool isBase64Type(QStringView type) { return type == QLatin1String("data") || type == QLatin1String("image"); }
+bool isBase64Type(QStringView type)
+{
+    return type == QLatin1String("data") || type == QLatin1String("image") || type == QLatin1String("tiff");
+}
 
 }  // namespace
 
@@ -394,6 +391,15 @@ bool readValue(QXmlStreamReader& xml, QVariant& value, QString& error, StoreFile
         if (!readCompactKeyframes(text, type == QLatin1String("color-keyframes"), keyframes))
             return fail(QStringLiteral("invalid keyframe numbers"));
         value = QVariant::fromValue(keyframes);
+    } else if (type == QLatin1String("tiff")) {
+        // Decoding remembers these bytes for the image, so saving it again
+        // writes them as they are instead of encoding anew.
+        const QByteArray bytes = wholeTextIsRun ? runs->fromBase64(run) : QByteArray::fromBase64(base64);
+        QImage image;
+        QString reason;
+        if (!bytes.isEmpty() && (image = quartz::tiff::decode(bytes, &reason)).isNull())
+            return fail(QStringLiteral("an image that is not readable TIFF data (%1)").arg(reason));
+        value = image;
     } else if (type == QLatin1String("image")) {
         // Documents of earlier versions wrote a missing picture as an empty image.
         if (base64.trimmed().isEmpty()) {

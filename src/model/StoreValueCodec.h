@@ -1,7 +1,8 @@
 #pragma once
 // Lossless text forms of the values the store holds: scalars, strings,
-// colours, images (PNG), fonts, keyframe tables, rich fonts and nested
-// lists and maps. Each value is one <value type="..."> element.
+// colours, images (TIFF; older stores have PNG), fonts, keyframe tables,
+// rich fonts and nested lists and maps. Each value is one <value type="...">
+// element.
 
 #include <QVariant>
 #include <QXmlStreamReader>

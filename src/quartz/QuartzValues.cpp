@@ -2,11 +2,11 @@
 
 #include "quartz/QuartzComposition.h"
 
-#include <QBuffer>
+#include "quartz/TiffCodec.h"
+
 #include <QColor>
 #include <QDateTime>
 #include <QImage>
-#include <QImageWriter>
 
 namespace quartz {
 
@@ -14,15 +14,7 @@ using plist::Value;
 
 QByteArray tiffRepresentation(const QImage& image)
 {
-    QByteArray bytes;
-    QBuffer buffer(&bytes);
-    buffer.open(QIODevice::WriteOnly);
-    QImageWriter writer(&buffer, "tiff");
-    if (!writer.write(image)) {
-        qCCritical(lcQuartz, "Unable to encode an image as TIFF: %s", qPrintable(writer.errorString()));
-        return {};
-    }
-    return bytes;
+    return tiff::encode(image);
 }
 
 Value fileValueForVariant(const QVariant& value)

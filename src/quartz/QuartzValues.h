@@ -15,7 +15,8 @@ namespace quartz {
 // representation, lists and maps containers; a plist::Value passes through.
 plist::Value fileValueForVariant(const QVariant& value);
 
-// TIFF bytes of an image, the form images take inside composition files.
+// TIFF bytes of an image, the form images take inside composition files:
+// encoded once and then shared by every save, export and copy (TiffCodec.h).
 QByteArray tiffRepresentation(const QImage& image);
 
 }  // namespace quartz

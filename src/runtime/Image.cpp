@@ -1,5 +1,7 @@
 #include "runtime/Image.h"
 
+#include "quartz/TiffCodec.h"
+
 #include <QBuffer>
 #include <QImageReader>
 #include <QPainter>
@@ -26,6 +28,14 @@ Image Image::fromRaster(QImage pixels, QPoint origin)
 
 Image Image::fromEncodedData(const QByteArray& bytes, QString* error)
 {
+    // Composition files hold TIFF; ours reads every layout and gives the
+    // raster in the form kept here, and the bytes are remembered for a save.
+    // A file played right after it was written (the thumbnail) holds images
+    // the editor still has: those are taken as they are, not decoded.
+    if (quartz::tiff::isTiff(bytes)) {
+        if (QImage known = quartz::tiff::sourceImage(bytes); !known.isNull()) return fromRaster(std::move(known));
+        return fromRaster(quartz::tiff::decode(bytes, error));
+    }
     QBuffer buffer;
     buffer.setData(bytes);
     buffer.open(QIODevice::ReadOnly);

@@ -27,7 +27,8 @@ QVariant constant(const QVariant& value) { return QVariant::fromValue(model::Key
 
 TEST(ComponentArchiveTest, KeepsEveryKindOfValue)
 {
-    QImage image(3, 2, QImage::Format_ARGB32);
+    // Images travel as TIFF, premultiplied as they are drawn.
+    QImage image(3, 2, QImage::Format_ARGB32_Premultiplied);
     image.fill(QColor(10, 20, 30, 128));
     image.setPixelColor(2, 1, QColor(250, 0, 5));
     model::KeyframeValues colours{{0.0f, QColor::fromRgbF(0.2f, 0.4f, 0.6f, 0.8f)}, {1.5f, QColor(Qt::red)}};

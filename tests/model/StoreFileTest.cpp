@@ -67,7 +67,9 @@ TEST_F(StoreFileTest, EveryValueKindSurvivesARoundTrip)
     Composition* back = loaded.composition;
     EXPECT_EQ(back->duration(), 12.5);
     EXPECT_EQ(back->backgroundColor(), composition->backgroundColor());
-    EXPECT_EQ(back->backgroundImage().convertToFormat(QImage::Format_ARGB32), background);
+    // Images are stored premultiplied, as they are drawn and exported.
+    const auto premultiplied = [](const QImage& i) { return i.convertToFormat(QImage::Format_ARGB32_Premultiplied); };
+    EXPECT_EQ(back->backgroundImage(), premultiplied(background));
     EXPECT_EQ(back->videoResolution().compositionWidth(), 1280);
     EXPECT_EQ(back->stopFrames().size(), 1u);
     EXPECT_EQ(back->stopFrames()[0]->triggerInformation(), QStringLiteral("Intro"));
@@ -88,7 +90,7 @@ TEST_F(StoreFileTest, EveryValueKindSurvivesARoundTrip)
         ASSERT_EQ(a.keys(), b.keys()) << original->key().toStdString() << ": keyframe times are exact";
         for (float key : a.keys()) {
             if (a.value(key).metaType().id() == QMetaType::QImage)
-                EXPECT_EQ(b.value(key).value<QImage>().convertToFormat(QImage::Format_ARGB32), a.value(key).value<QImage>());
+                EXPECT_EQ(b.value(key).value<QImage>(), premultiplied(a.value(key).value<QImage>()));
             else if (a.value(key).metaType().id() == QMetaType::QFont)
                 EXPECT_EQ(b.value(key).value<QFont>().family(), a.value(key).value<QFont>().family());
             else

@@ -162,7 +162,7 @@ TEST_F(StoreFileCutReadingTest, LongTextsReadBackExactly)
     EXPECT_EQ(components[1]->quartzCompositionData(), binary);
     EXPECT_EQ(components[2]->quartzCompositionData(), binary.left(4000));
     EXPECT_EQ(components[0]->attributeForKey(QStringLiteral("text"))->currentValue().toString(), longText);
-    EXPECT_EQ(loaded.composition->backgroundImage().convertToFormat(QImage::Format_ARGB32), image);
+    EXPECT_EQ(loaded.composition->backgroundImage(), image.convertToFormat(QImage::Format_ARGB32_Premultiplied));
     expectSameReading(bytes, "as written");
 }
 
