@@ -57,6 +57,8 @@ bool applyMask(const MaskPlane& mask, uint8_t* dst, int documentY, int left, int
     return true;
 }
 
+}  // namespace
+
 // A 4K layer in 4 KiB pages costs some eight thousand page faults; where the
 // system gives huge pages on request, large images ask for them.
 QImage allocateImage(int width, int height)
@@ -78,30 +80,21 @@ QImage allocateImage(int width, int height)
     return QImage(width, height, QImage::Format_RGBA8888);
 }
 
-}  // namespace
-
-bool assembleImage(const AssemblyInput& in, QImage* out, std::string* error)
+bool assembleRows(const AssemblyInput& in, uchar* pixels, qsizetype bytesPerLine, int firstRow, int endRow,
+                  std::string* error)
 {
-    *out = QImage();
-    if (in.width <= 0 || in.height <= 0) return true;
-    QImage image = allocateImage(in.width, in.height);
-    if (image.isNull()) {
-        if (error) *error = "cannot allocate a " + std::to_string(in.width) + "x" + std::to_string(in.height) + " image";
-        return false;
-    }
-    for (int y = 0; y < in.height; ++y) {
+    for (int y = firstRow; y < endRow; ++y) {
         const uint8_t* c[3] = {};
         for (int i = 0; i < in.colorCount; ++i)
             if (!(c[i] = in.color[i]->row(y, error))) return false;
         if (in.colorCount == 1) c[1] = c[2] = c[0];
         const uint8_t* a = nullptr;
         if (in.alpha && !(a = in.alpha->row(y, error))) return false;
-        uint8_t* dst = image.scanLine(y);
+        uint8_t* dst = pixels + qsizetype(y) * bytesPerLine;
         interleave(dst, c[0], c[1], c[2], a, in.width);
         for (const MaskPlane& mask : in.masks)
             if (!applyMask(mask, dst, in.origin.y() + y, in.origin.x(), in.width, error)) return false;
     }
-    *out = std::move(image);
     return true;
 }
 

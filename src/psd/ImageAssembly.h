@@ -29,6 +29,15 @@ struct AssemblyInput {
     std::vector<MaskPlane> masks;
 };
 
-bool assembleImage(const AssemblyInput& input, QImage* out, std::string* error);
+// A straight RGBA8888 image of the given size (large ones in huge pages
+// where the system offers them); null when memory runs out.
+QImage allocateImage(int width, int height);
+
+// Fills rows [firstRow, endRow) of an input.width x input.height image
+// whose pixels start at `pixels`. Different row ranges of one image may be
+// filled on different threads, each with readers of its own (the pixels are
+// passed bare so that no thread touches the QImage itself).
+bool assembleRows(const AssemblyInput& input, uchar* pixels, qsizetype bytesPerLine, int firstRow, int endRow,
+                  std::string* error);
 
 }  // namespace psd::detail
