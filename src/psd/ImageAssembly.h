@@ -29,8 +29,8 @@ struct AssemblyInput {
     std::vector<MaskPlane> masks;
 };
 
-// A straight RGBA8888 image of the given size (large ones in huge pages
-// where the system offers them); null when memory runs out.
+// A straight RGBA8888 image of the given size, its pixels not yet
+// written (nor faulted in); null when memory runs out.
 QImage allocateImage(int width, int height);
 
 // Fills rows [firstRow, endRow) of an input.width x input.height image
