@@ -1,13 +1,10 @@
 #include "psd/PsdDocument.h"
 
 #include "psd/ByteReader.h"
-#include "psd/ChannelRows.h"
 #include "psd/ImagePlan.h"
 #include "psd/LayerRecords.h"
 
 #include <QFile>
-
-#include <memory>
 
 namespace psd {
 
