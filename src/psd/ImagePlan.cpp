@@ -60,6 +60,7 @@ bool decodeBand(const FileContext& file, const ImagePlan& plan, const Band& band
         if (!(mask.reader = open(m.plane))) return false;
         in.masks.push_back(mask);
     }
+    prefaultRows(pixels, bytesPerLine, band.firstRow, band.endRow);
     return assembleRows(in, pixels, bytesPerLine, band.firstRow, band.endRow, error);
 }
 
