@@ -59,7 +59,19 @@ bool applyMask(const MaskPlane& mask, uint8_t* dst, int documentY, int left, int
 
 }  // namespace
 
-#ifdef __linux__
+// Under AddressSanitizer images stay on the heap it watches.
+#if defined(__linux__) && !defined(__SANITIZE_ADDRESS__)
+#if defined(__has_feature)
+#if __has_feature(address_sanitizer)
+#define VELLORAN_HEAP_IMAGES_ONLY
+#endif
+#endif
+#if !defined(VELLORAN_HEAP_IMAGES_ONLY)
+#define VELLORAN_OWN_IMAGE_PAGES
+#endif
+#endif
+
+#ifdef VELLORAN_OWN_IMAGE_PAGES
 namespace {
 
 // Images at least this large get pages of their own, which the decoding
@@ -80,8 +92,8 @@ struct Mapping {
 // 0.25 s for small pages.
 QImage allocateImage(int width, int height)
 {
+#ifdef VELLORAN_OWN_IMAGE_PAGES
     const qsizetype bytesPerLine = qsizetype(width) * 4;
-#ifdef __linux__
     const size_t bytes = size_t(bytesPerLine) * size_t(height);
     if (bytes >= kOwnPagesBytes) {
         void* address = mmap(nullptr, bytes, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
@@ -103,7 +115,7 @@ QImage allocateImage(int width, int height)
 
 void prefaultRows(uchar* pixels, qsizetype bytesPerLine, int firstRow, int endRow)
 {
-#if defined(__linux__) && defined(MADV_POPULATE_WRITE)
+#if defined(VELLORAN_OWN_IMAGE_PAGES) && defined(MADV_POPULATE_WRITE)
     const size_t bytes = size_t(bytesPerLine) * size_t(endRow - firstRow);
     if (bytes < kOwnPagesBytes) return;
     // One call fills the range's pages in a batch, about a third cheaper on
@@ -114,7 +126,10 @@ void prefaultRows(uchar* pixels, qsizetype bytesPerLine, int firstRow, int endRo
     const uintptr_t end = uintptr_t(pixels + qsizetype(endRow) * bytesPerLine);
     madvise(reinterpret_cast<void*>(begin), end - begin, MADV_POPULATE_WRITE);
 #else
-    Q_UNUSED(pixels), Q_UNUSED(bytesPerLine), Q_UNUSED(firstRow), Q_UNUSED(endRow);
+    Q_UNUSED(pixels);
+    Q_UNUSED(bytesPerLine);
+    Q_UNUSED(firstRow);
+    Q_UNUSED(endRow);
 #endif
 }
 
