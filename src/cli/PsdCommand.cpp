@@ -100,6 +100,7 @@ int exportLayers(const QString& path, const QString& dirPath, Streams& io)
     struct Output {
         const psd::Layer* layer;
         QString file;  // empty for a layer without pixels
+        QString path;  // made here, so the writing threads share nothing but what they read
     };
     std::vector<Output> outputs;
     QJsonArray layers;
@@ -108,7 +109,7 @@ int exportLayers(const QString& path, const QString& dirPath, Streams& io)
         const QString file = it->image.isNull()
                                  ? QString()
                                  : QStringLiteral("%1-%2.png").arg(index, 3, 10, QLatin1Char('0')).arg(safeFileName(it->name));
-        outputs.push_back({&*it, file});
+        outputs.push_back({&*it, file, file.isEmpty() ? QString() : dir.filePath(file)});
         layers.append(QJsonObject{
             {"index", index},
             {"name", it->name},
@@ -129,11 +130,11 @@ int exportLayers(const QString& path, const QString& dirPath, Streams& io)
     psd::runTasks(int(outputs.size()), 0, [&](int i) {
         const Output& output = outputs[size_t(i)];
         if (output.file.isEmpty()) return true;
-        return psd::savePng(output.layer->image, dir.filePath(output.file), &errors[size_t(i)]);
+        return psd::savePng(output.layer->image, output.path, &errors[size_t(i)]);
     });
     for (size_t i = 0; i < outputs.size(); ++i) {
         if (errors[i].empty()) continue;
-        io.err << "velloran-cli: cannot write " << dir.filePath(outputs[i].file) << ": "
+        io.err << "velloran-cli: cannot write " << outputs[i].path << ": "
                << QString::fromStdString(errors[i]) << "\n";
         return kFailure;
     }
