@@ -7,7 +7,7 @@ const std::vector<Command>& commands()
     static const std::vector<Command> all = {
         {"modes", "modes", runModesCommand},
         {"plist", "plist convert --xml|--binary IN OUT", runPlistCommand},
-        {"psd", "psd layers FILE.psd", runPsdCommand},
+        {"psd", "psd layers FILE.psd\npsd export FILE.psd DIR", runPsdCommand},
         {"qtz", "qtz inputs FILE.qtz\nqtz check FILE.qtz", runQtzCommand},
         {"render", "render FILE.qtz|DOC.composition --time T [--size WxH] [--input KEY=VALUE]... -o OUT.png",
          runRenderCommand},

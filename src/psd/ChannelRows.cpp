@@ -80,6 +80,68 @@ ChannelRowReader::~ChannelRowReader() = default;
 
 bool ChannelRowReader::fail(std::string* error, const std::string& message) { return setError(error, what_ + " " + message); }
 
+namespace {
+
+// Everything that can be known about a plane without decoding it: its data
+// lies in the file and can hold width x height samples. With `rleOffsets`
+// the RLE rows' positions are recorded on the way (height + 1 entries).
+bool validatePlane(const FileContext& file, const PlaneSource& source, int width, int height, const std::string& what,
+                   std::vector<int64_t>* rleOffsets, std::string* error)
+{
+    auto fail = [&](const std::string& message) { return setError(error, what + " " + message); };
+    const int64_t rowBytes = int64_t(width) * (file.bitsPerChannel / 8);
+    const int64_t available = source.dataEnd - source.dataBegin;
+    if (source.dataBegin < 0 || source.dataEnd > file.size || available < 0) return fail("data lies outside the file");
+
+    switch (source.compression) {
+    case Compression::Raw:
+        if (rowBytes * height > available)
+            return fail("needs " + std::to_string(rowBytes * height) + " bytes of raw data at offset " +
+                        std::to_string(source.dataBegin) + " but has " + std::to_string(available));
+        return true;
+    case Compression::Rle: {
+        const int countSize = file.large ? 4 : 2;
+        ByteReader counts(file.data, source.rowCounts, file.size);
+        if (!counts.has(int64_t(height) * countSize))
+            return fail("RLE row counts at offset " + std::to_string(source.rowCounts) + " run past the file");
+        // Each PackBits packet of two bytes gives at most 128 samples.
+        const int64_t minRow = rowBytes > 0 ? 2 * ((rowBytes + 127) / 128) : 0;
+        if (rleOffsets) rleOffsets->resize(size_t(height) + 1);
+        int64_t pos = source.dataBegin;
+        for (int y = 0; y < height; ++y) {
+            const int64_t n = file.large ? int64_t(counts.u32()) : int64_t(counts.u16());
+            if (n < minRow)
+                return fail("RLE row " + std::to_string(y) + " has " + std::to_string(n) + " bytes, too few for a row of " +
+                            std::to_string(rowBytes));
+            if (rleOffsets) (*rleOffsets)[size_t(y)] = pos;
+            pos += n;
+            if (pos > source.dataEnd)
+                return fail("RLE row " + std::to_string(y) + " at offset " + std::to_string(pos - n) +
+                            " runs past the end of its data (" + std::to_string(source.dataEnd) + ")");
+        }
+        if (rleOffsets) (*rleOffsets)[size_t(height)] = pos;
+        return true;
+    }
+    case Compression::Zip:
+    case Compression::ZipPredicted: {
+        const int64_t total = rowBytes * (int64_t(height) + source.skipRows);
+        if (total > available * kMaxDeflateRatio + 64)
+            return fail("claims " + std::to_string(total) + " bytes from only " + std::to_string(available) +
+                        " bytes of ZIP data at offset " + std::to_string(source.dataBegin));
+        return true;
+    }
+    }
+    return fail("uses an unknown compression");
+}
+
+}  // namespace
+
+bool ChannelRowReader::check(const FileContext& file, const PlaneSource& source, int width, int height,
+                             const std::string& what, std::string* error)
+{
+    return validatePlane(file, source, width, height, what, nullptr, error);
+}
+
 bool ChannelRowReader::open(const FileContext& file, const PlaneSource& source, int width, int height,
                             const std::string& what, std::string* error)
 {
@@ -90,46 +152,17 @@ bool ChannelRowReader::open(const FileContext& file, const PlaneSource& source, 
     height_ = height;
     const int bytesPerSample = file.bitsPerChannel / 8;
     rowBytes_ = int64_t(width) * bytesPerSample;
-    const int64_t available = source.dataEnd - source.dataBegin;
-    if (source.dataBegin < 0 || source.dataEnd > file.size || available < 0)
-        return fail(error, "data lies outside the file");
+    if (!validatePlane(file, source, width, height, what, &rleOffsets_, error)) return false;
 
     switch (source.compression) {
     case Compression::Raw:
-        if (rowBytes_ * height > available)
-            return fail(error, "needs " + std::to_string(rowBytes_ * height) + " bytes of raw data at offset " +
-                                   std::to_string(source.dataBegin) + " but has " + std::to_string(available));
         break;
-    case Compression::Rle: {
-        const int countSize = file.large ? 4 : 2;
-        ByteReader counts(file.data, source.rowCounts, file.size);
-        if (!counts.has(int64_t(height) * countSize))
-            return fail(error, "RLE row counts at offset " + std::to_string(source.rowCounts) + " run past the file");
-        // Each PackBits packet of two bytes gives at most 128 samples.
-        const int64_t minRow = rowBytes_ > 0 ? 2 * ((rowBytes_ + 127) / 128) : 0;
-        rleOffsets_.resize(size_t(height) + 1);
-        int64_t pos = source.dataBegin;
-        for (int y = 0; y < height; ++y) {
-            const int64_t n = file.large ? int64_t(counts.u32()) : int64_t(counts.u16());
-            if (n < minRow)
-                return fail(error, "RLE row " + std::to_string(y) + " has " + std::to_string(n) +
-                                       " bytes, too few for a row of " + std::to_string(rowBytes_));
-            rleOffsets_[size_t(y)] = pos;
-            pos += n;
-            if (pos > source.dataEnd)
-                return fail(error, "RLE row " + std::to_string(y) + " at offset " + std::to_string(pos - n) +
-                                       " runs past the end of its data (" + std::to_string(source.dataEnd) + ")");
-        }
-        rleOffsets_[size_t(height)] = pos;
+    case Compression::Rle:
         bytes_.resize(size_t(rowBytes_));
         break;
-    }
     case Compression::Zip:
     case Compression::ZipPredicted: {
-        const int64_t total = rowBytes_ * (int64_t(height) + source.skipRows);
-        if (total > available * kMaxDeflateRatio + 64)
-            return fail(error, "claims " + std::to_string(total) + " bytes from only " + std::to_string(available) +
-                                   " bytes of ZIP data at offset " + std::to_string(source.dataBegin));
+        const int64_t available = source.dataEnd - source.dataBegin;
         zip_ = std::make_unique<Zip>();
         zip_->stream.next_in = const_cast<Bytef*>(file.data + source.dataBegin);
         zip_->stream.avail_in = uInt(std::min<int64_t>(available, 0x7fffffff));

@@ -36,13 +36,19 @@ public:
     ChannelRowReader(const ChannelRowReader&) = delete;
     ChannelRowReader& operator=(const ChannelRowReader&) = delete;
 
-    // Checks that the plane's data can hold width x height samples before
-    // anything of that size is allocated. `what` names the plane in errors.
+    // Checks that the plane's data lies in the file and can hold width x
+    // height samples, allocating nothing. `what` names the plane in errors.
+    static bool check(const FileContext& file, const PlaneSource& source, int width, int height,
+                      const std::string& what, std::string* error);
+
+    // Checks the plane (as check() does) before anything of its size is
+    // allocated, then gets ready to give its rows.
     bool open(const FileContext& file, const PlaneSource& source, int width, int height, const std::string& what,
               std::string* error);
 
-    // The 8-bit samples of row y, or null with an error. For ZIP data rows
-    // must be asked for in increasing order (skipped rows are decoded anyway).
+    // The 8-bit samples of row y, or null with an error. Raw and RLE rows
+    // come in any order; ZIP rows must be asked for in increasing order
+    // (skipped rows are decoded anyway).
     const uint8_t* row(int y, std::string* error);
 
 private:

@@ -29,6 +29,19 @@ struct AssemblyInput {
     std::vector<MaskPlane> masks;
 };
 
-bool assembleImage(const AssemblyInput& input, QImage* out, std::string* error);
+// A straight RGBA8888 image of the given size, its pixels not yet
+// written (nor faulted in); null when memory runs out.
+QImage allocateImage(int width, int height);
+
+// Makes the memory of rows [firstRow, endRow) present before they are
+// written, where the system can do that faster than page by page.
+void prefaultRows(uchar* pixels, qsizetype bytesPerLine, int firstRow, int endRow);
+
+// Fills rows [firstRow, endRow) of an input.width x input.height image
+// whose pixels start at `pixels`. Different row ranges of one image may be
+// filled on different threads, each with readers of its own (the pixels are
+// passed bare so that no thread touches the QImage itself).
+bool assembleRows(const AssemblyInput& input, uchar* pixels, qsizetype bytesPerLine, int firstRow, int endRow,
+                  std::string* error);
 
 }  // namespace psd::detail

@@ -42,7 +42,12 @@ std::optional<PSDLayerImporter> PSDLayerImporter::fromPath(const QString& path, 
         if (error) *error = "cannot open " + path.toStdString() + ": " + file.errorString().toStdString();
         return std::nullopt;
     }
-    const QByteArray data = file.readAll();
+    // Decoding from a mapping spares a heap copy of the whole file; the
+    // images own their pixels, so nothing refers to the mapping afterwards.
+    const uchar* mapped = file.size() > 0 ? file.map(0, file.size()) : nullptr;
+    const QByteArray bytes = mapped ? QByteArray() : file.readAll();
+    const QByteArrayView data = mapped ? QByteArrayView(reinterpret_cast<const char*>(mapped), file.size())
+                                       : QByteArrayView(bytes);
     auto importer = fromData(data, flippedCoordinates, error);
     if (importer) importer->path_ = path;
     return importer;

@@ -1,13 +1,10 @@
 #include "psd/PsdDocument.h"
 
 #include "psd/ByteReader.h"
-#include "psd/ChannelRows.h"
-#include "psd/ImageAssembly.h"
+#include "psd/ImagePlan.h"
 #include "psd/LayerRecords.h"
 
 #include <QFile>
-
-#include <memory>
 
 namespace psd {
 
@@ -40,122 +37,6 @@ struct Failure {
         return std::nullopt;
     }
 };
-
-std::string describe(int index, const LayerRecord& record)
-{
-    return "layer record " + std::to_string(index) + " (\"" + record.name.toStdString() + "\")";
-}
-
-// Decodes one layer record's pixels into a straight RGBA image.
-bool decodeLayerPixels(const FileContext& file, int colorChannels, int index, const LayerRecord& record, QImage* image,
-                       std::string* error)
-{
-    const int w = record.rect.width(), h = record.rect.height();
-    if (w == 0 || h == 0) return true;
-    const std::string who = describe(index, record);
-    std::vector<std::unique_ptr<ChannelRowReader>> readers;
-    auto open = [&](int id, int width, int height) -> ChannelRowReader* {
-        const ChannelData* channel = record.channel(id);
-        if (!channel) return nullptr;
-        PlaneSource source;
-        if (!layerChannelSource(file, *channel, height, &source, error)) {
-            *error = who + " " + *error;
-            return nullptr;
-        }
-        auto reader = std::make_unique<ChannelRowReader>();
-        if (!reader->open(file, source, width, height, who + " channel " + std::to_string(id), error)) return nullptr;
-        readers.push_back(std::move(reader));
-        return readers.back().get();
-    };
-
-    AssemblyInput in;
-    in.width = w;
-    in.height = h;
-    in.origin = record.rect.topLeft();
-    in.colorCount = colorChannels;
-    for (int c = 0; c < colorChannels; ++c) {
-        if (!record.channel(c)) {
-            *error = who + " lacks colour channel " + std::to_string(c);
-            return false;
-        }
-        if (!(in.color[c] = open(c, w, h))) return false;
-    }
-    if (record.channel(-1) && !(in.alpha = open(-1, w, h))) return false;
-    const std::pair<int, const MaskInfo*> masks[] = {{-2, &record.userMask}, {-3, &record.realUserMask}};
-    for (const auto& [id, info] : masks) {
-        if (!info->present || info->disabled || !record.channel(id)) continue;
-        MaskPlane plane;
-        plane.rect = info->rect;
-        plane.defaultColor = info->defaultColor;
-        if (!(plane.reader = open(id, info->rect.width(), info->rect.height()))) return false;
-        in.masks.push_back(plane);
-    }
-    if (!assembleImage(in, image, error)) {
-        if (error->rfind("layer record", 0) != 0) *error = who + ": " + *error;
-        return false;
-    }
-    return true;
-}
-
-// The merged image: planar channels sharing one compression code.
-bool decodeComposite(const FileContext& file, int64_t begin, int width, int height, int fileChannels,
-                     int colorChannels, bool withAlpha, QImage* image, std::string* error)
-{
-    ByteReader r(file.data, begin, file.size);
-    const uint16_t code = r.u16();
-    if (!r.ok()) {
-        *error = "the file ends before the image data section at offset " + std::to_string(begin);
-        return false;
-    }
-    if (code > 3) {
-        *error = "image data uses unknown compression " + std::to_string(code);
-        return false;
-    }
-    const int used = colorChannels + (withAlpha ? 1 : 0);
-    const int64_t rowBytes = int64_t(width) * (file.bitsPerChannel / 8);
-    const int countSize = file.large ? 4 : 2;
-    const int64_t tableEnd = r.pos() + int64_t(fileChannels) * height * countSize;
-    if (Compression(code) == Compression::Rle && tableEnd > file.size) {
-        *error = "image data RLE row counts run past the end of the file";
-        return false;
-    }
-    std::vector<std::unique_ptr<ChannelRowReader>> readers;
-    int64_t rleData = tableEnd;
-    for (int c = 0; c < used; ++c) {
-        PlaneSource source;
-        source.compression = Compression(code);
-        source.dataEnd = file.size;
-        switch (source.compression) {
-        case Compression::Raw: source.dataBegin = r.pos() + c * rowBytes * height; break;
-        case Compression::Rle: {
-            source.rowCounts = r.pos() + int64_t(c) * height * countSize;
-            source.dataBegin = rleData;
-            ByteReader counts(file.data, source.rowCounts, tableEnd);
-            for (int y = 0; y < height; ++y) rleData += file.large ? int64_t(counts.u32()) : int64_t(counts.u16());
-            break;
-        }
-        case Compression::Zip:
-        case Compression::ZipPredicted:
-            source.dataBegin = r.pos();
-            source.skipRows = c * height;
-            break;
-        }
-        if (source.dataBegin > file.size) {
-            *error = "image data channel " + std::to_string(c) + " starts past the end of the file";
-            return false;
-        }
-        readers.push_back(std::make_unique<ChannelRowReader>());
-        if (!readers.back()->open(file, source, width, height, "image data channel " + std::to_string(c), error))
-            return false;
-    }
-    AssemblyInput in;
-    in.width = width;
-    in.height = height;
-    in.colorCount = colorChannels;
-    for (int c = 0; c < colorChannels; ++c) in.color[c] = readers[size_t(c)].get();
-    if (withAlpha) in.alpha = readers[size_t(colorChannels)].get();
-    return assembleImage(in, image, error);
-}
 
 // Records come bottom first, folders closing after their contents; walking
 // them top first opens a group at its folder record and closes it at the divider.
@@ -252,25 +133,31 @@ std::optional<Document> decode(QByteArrayView bytes, std::string* error, const D
     doc.largeFormat = file.large;
 
     doc.layers = describeLayers(info.records);
+    std::vector<ImagePlan> plans;
     if (options.layerPixels) {
         // describeLayers walks the records top first and drops folder records; pair the images the same way.
         size_t next = 0;
         for (size_t i = info.records.size(); i-- > 0;) {
             const LayerRecord& record = info.records[i];
             if (record.section != SectionKind::None) continue;
-            if (!decodeLayerPixels(file, colorChannels, int(i), record, &doc.layers[next++].image, &message))
-                return failure(message);
+            ImagePlan plan;
+            plan.target = &doc.layers[next++].image;
+            if (!planLayerImage(file, colorChannels, int(i), record, &plan, &message)) return failure(message);
+            plans.push_back(std::move(plan));
         }
     }
-
     if (options.composite) {
         // An extra channel is the merged transparency when the layer count says
         // so, or in a file without layers (as flattening writers produce).
         const bool withAlpha = channels > colorChannels && (info.mergedAlpha || info.records.empty());
-        if (!decodeComposite(file, imageDataOffset, doc.width, doc.height, channels, colorChannels, withAlpha,
-                             &doc.composite, &message))
+        ImagePlan plan;
+        plan.target = &doc.composite;
+        if (!planCompositeImage(file, imageDataOffset, doc.width, doc.height, channels, colorChannels, withAlpha, &plan,
+                                &message))
             return failure(message);
+        plans.push_back(std::move(plan));
     }
+    if (!decodeImages(file, plans, options.threads, &message)) return failure(message);
     return doc;
 }
 

@@ -60,6 +60,7 @@ struct Document {
 struct DecodeOptions {
     bool layerPixels = true;  // false: names, bounds and flags only
     bool composite = true;
+    int threads = 0;  // 0: the cores' number (a small document on the calling thread alone); 1: the calling thread
 };
 
 // Never throws; bad input gives no value and an error naming what is wrong and where.

@@ -4,6 +4,7 @@
 #include "psd/PSDLayerImporter.h"
 
 #include <QDir>
+#include <QFile>
 #include <QTemporaryDir>
 
 #include <gtest/gtest.h>
@@ -30,6 +31,34 @@ TEST(PSDLayerImporter, MissingPathsFoldersAndEmptyDataGiveNoImporter)
     EXPECT_NE(error.find("is a folder"), std::string::npos);
     EXPECT_FALSE(psd::PSDLayerImporter::fromData(QByteArray(), false, &error));
     EXPECT_FALSE(psd::PSDLayerImporter::fromData(QByteArray("8BPS"), false, &error));
+}
+
+// The file is read through a mapping; what the importer keeps must not
+// depend on it once the file is closed and gone.
+TEST(PSDLayerImporter, LayersFromAFileOutliveItAndMatchThoseFromItsBytes)
+{
+    QTemporaryDir dir;
+    const QString copy = dir.filePath("copy.psd");
+    ASSERT_TRUE(QFile::copy(kLayered, copy));
+    std::string error;
+    const auto fromFile = psd::PSDLayerImporter::fromPath(copy, false, &error);
+    ASSERT_TRUE(fromFile) << error;
+    ASSERT_TRUE(QFile::remove(copy));
+
+    QFile original(kLayered);
+    ASSERT_TRUE(original.open(QIODevice::ReadOnly));
+    const auto fromBytes = psd::PSDLayerImporter::fromData(original.readAll(), false, &error);
+    ASSERT_TRUE(fromBytes) << error;
+    ASSERT_EQ(fromFile->layerCount(), fromBytes->layerCount());
+    for (int i = 0; i < fromFile->layerCount(); ++i)
+        EXPECT_TRUE(fromFile->layers()[size_t(i)].image() == fromBytes->layers()[size_t(i)].image()) << i;
+    EXPECT_TRUE(fromFile->mergedImage() == fromBytes->mergedImage());
+
+    QFile empty(dir.filePath("empty.psd"));
+    ASSERT_TRUE(empty.open(QIODevice::WriteOnly));
+    empty.close();
+    EXPECT_FALSE(psd::PSDLayerImporter::fromPath(empty.fileName(), false, &error));
+    EXPECT_EQ(error, "no data");
 }
 
 TEST(PSDLayerImporter, OriginsAreLowerLeftInCanvasCoordinatesUnlessFlipped)
