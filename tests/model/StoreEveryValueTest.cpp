@@ -105,7 +105,9 @@ std::vector<Sample> samples()
     };
 }
 
-QImage comparable(const QImage& image) { return image.convertToFormat(QImage::Format_ARGB32); }
+// Images are kept premultiplied, as they are drawn: colour under transparent
+// pixels is not kept, everything visible is.
+QImage comparable(const QImage& image) { return image.convertToFormat(QImage::Format_ARGB32_Premultiplied); }
 
 // What reading may change: nothing a user or the export can tell apart.
 void expectSameValue(const QVariant& original, const QVariant& back, const std::string& what)
