@@ -16,6 +16,13 @@ class VideoResolution;
 
 namespace document {
 
+// How long the parts of the last save took, for logs and benchmarks.
+struct SaveTimings {
+    double storeMs = 0;      // data.xml
+    double exportMs = 0;     // Composition.qtz and the preview file
+    double thumbnailMs = 0;  // rendering and writing Thumbnail.jpg
+};
+
 class CompositionDocument : public PersistentPackageDocument {
 public:
     static QString packageExtension() { return QStringLiteral("composition"); }
@@ -58,6 +65,8 @@ public:
     // export (see thumbnailFromPreview).
     QImage thumbnail() const;
 
+    const SaveTimings& lastSaveTimings() const { return saveTimings_; }
+
 protected:
     void didReadStore(const model::LoadedStore& loaded) override;
 
@@ -69,6 +78,7 @@ private:
 
     model::Composition* composition_ = nullptr;
     QList<QVariantMap> pendingResources_;
+    SaveTimings saveTimings_;
 };
 
 }  // namespace document

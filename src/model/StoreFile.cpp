@@ -7,9 +7,11 @@
 #include "model/StopFrame.h"
 #include "model/StoreFileReader.h"
 #include "model/StoreFileTextRuns.h"
+#include "model/StoreResources.h"
 #include "model/StoreValueCodec.h"
 
 #include <QFile>
+#include <QFileInfo>
 #include <QHash>
 #include <QSaveFile>
 #include <QXmlStreamReader>
@@ -20,7 +22,7 @@
 
 namespace model {
 
-QByteArray StoreFile::write(const ObjectStore& store)
+QByteArray StoreFile::write(const ObjectStore& store, StoreResources* resources)
 {
     QByteArray bytes;
     QXmlStreamWriter xml(&bytes);
@@ -37,7 +39,7 @@ QByteArray StoreFile::write(const ObjectStore& store)
         for (const AttributeDescription& attribute : entity.attributes()) {
             QXmlStreamAttributes name;
             name.append(QStringLiteral("name"), attribute.name);
-            storecodec::writeValue(xml, object->storedValue(attribute.name), QStringLiteral("attribute"), name);
+            storecodec::writeValue(xml, object->storedValue(attribute.name), QStringLiteral("attribute"), name, resources);
         }
         // To-many sides only: every inverse is rebuilt from them on reading.
         for (const RelationshipDescription& relation : entity.relationships()) {
@@ -58,16 +60,19 @@ QByteArray StoreFile::write(const ObjectStore& store)
 
 bool StoreFile::writeToFile(const ObjectStore& store, const QString& path, QString* error)
 {
-    const QByteArray bytes = write(store);
+    StoreResources resources(QFileInfo(path).absolutePath());
+    const QByteArray bytes = write(store, &resources);
     QSaveFile file(path);
     if (!file.open(QIODevice::WriteOnly) || file.write(bytes) != bytes.size() || !file.commit()) {
         if (error) *error = file.errorString();
         return false;
     }
+    // Only now, with the new store in place, are the old pictures unused.
+    resources.removeUnused();
     return true;
 }
 
-LoadedStore StoreFile::read(const QByteArray& bytes, StoreReadMode mode)
+LoadedStore StoreFile::read(const QByteArray& bytes, StoreReadMode mode, const StoreResources* resources)
 {
     // Long base64 texts are read beside the XML (see StoreFileTextRuns.h).
     // When the cut XML could mean anything else than the file, or fails,
@@ -75,12 +80,12 @@ LoadedStore StoreFile::read(const QByteArray& bytes, StoreReadMode mode)
     StoreFileTextRuns runs(bytes);
     LoadedStore loaded;
     if (!runs.isEmpty()) {
-        loaded = readStoreObjects(runs.xml(), &runs, mode);
+        loaded = readStoreObjects(runs.xml(), &runs, mode, resources);
         // A repair that dropped anything is redone on the file as it is, so
         // the list of what was dropped speaks of the file's own lines.
         if (loaded && (!runs.allTaken() || !loaded.dropped.isEmpty())) loaded = {};
     }
-    if (!loaded) loaded = readStoreObjects(bytes, nullptr, mode);
+    if (!loaded) loaded = readStoreObjects(bytes, nullptr, mode, resources);
     if (loaded) setUpStoreObjects(loaded);
     return loaded;
 }
@@ -93,7 +98,8 @@ LoadedStore StoreFile::readFile(const QString& path, StoreReadMode mode)
         result.error = QStringLiteral("%1: %2").arg(path, file.errorString());
         return result;
     }
-    return read(file.readAll(), mode);
+    const StoreResources resources(QFileInfo(path).absolutePath());
+    return read(file.readAll(), mode, &resources);
 }
 
 }  // namespace model

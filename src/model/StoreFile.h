@@ -15,6 +15,7 @@
 namespace model {
 
 class Composition;
+class StoreResources;
 
 // Strict reading refuses a file with anything it cannot read. Repairing
 // reading drops what it cannot read (a value, an object, a link, the end of
@@ -34,11 +35,15 @@ class StoreFile {
 public:
     static constexpr int kVersion = 1;
 
-    static QByteArray write(const ObjectStore& store);
-    // Writes a temporary file beside the target and renames it over the old one.
+    // With `resources`, large pictures are written as files beside the store.
+    static QByteArray write(const ObjectStore& store, StoreResources* resources = nullptr);
+    // Writes the pictures' files, then a temporary store file beside the
+    // target renamed over the old one, then removes the files no longer used.
     static bool writeToFile(const ObjectStore& store, const QString& path, QString* error = nullptr);
 
-    static LoadedStore read(const QByteArray& bytes, StoreReadMode mode = StoreReadMode::Strict);
+    // Without a folder, a store that keeps pictures in files cannot be read.
+    static LoadedStore read(const QByteArray& bytes, StoreReadMode mode = StoreReadMode::Strict,
+                            const StoreResources* resources = nullptr);
     static LoadedStore readFile(const QString& path, StoreReadMode mode = StoreReadMode::Strict);
 };
 

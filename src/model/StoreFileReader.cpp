@@ -66,8 +66,8 @@ const char* ownerKey(const ManagedObject* object)
 
 class StoreReader {
 public:
-    StoreReader(const QByteArray& bytes, StoreFileTextRuns* runs, StoreReadMode mode)
-        : bytes_(bytes), xml_(bytes), runs_(runs), repairing_(mode == StoreReadMode::DropUnreadable)
+    StoreReader(const QByteArray& bytes, StoreFileTextRuns* runs, StoreReadMode mode, const StoreResources* resources)
+        : bytes_(bytes), xml_(bytes), runs_(runs), resources_(resources), repairing_(mode == StoreReadMode::DropUnreadable)
     {
     }
 
@@ -176,7 +176,7 @@ private:
     {
         QVariant value;
         QString error;
-        if (!storecodec::readValue(xml_, value, error, runs_)) {
+        if (!storecodec::readValue(xml_, value, error, runs_, resources_)) {
             if (xml_.hasError()) {
                 noteDamage();
                 return;
@@ -307,6 +307,7 @@ private:
     const QByteArray& bytes_;
     QXmlStreamReader xml_;
     StoreFileTextRuns* runs_;
+    const StoreResources* resources_;
     const bool repairing_;
     bool damaged_ = false;
     ObjectStore* store_ = nullptr;
@@ -316,9 +317,10 @@ private:
 
 }  // namespace
 
-LoadedStore readStoreObjects(const QByteArray& bytes, StoreFileTextRuns* runs, StoreReadMode mode)
+LoadedStore readStoreObjects(const QByteArray& bytes, StoreFileTextRuns* runs, StoreReadMode mode,
+                             const StoreResources* resources)
 {
-    return StoreReader(bytes, runs, mode).read();
+    return StoreReader(bytes, runs, mode, resources).read();
 }
 
 // Everything is in place: let the objects set themselves up, the composition

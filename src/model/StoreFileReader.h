@@ -8,8 +8,10 @@
 namespace model {
 
 class StoreFileTextRuns;
+class StoreResources;
 
-LoadedStore readStoreObjects(const QByteArray& bytes, StoreFileTextRuns* runs, StoreReadMode mode);
+LoadedStore readStoreObjects(const QByteArray& bytes, StoreFileTextRuns* runs, StoreReadMode mode,
+                             const StoreResources* resources);
 void setUpStoreObjects(LoadedStore& loaded);
 
 }  // namespace model

@@ -3,6 +3,7 @@
 #include "model/KeyframeValues.h"
 #include "model/RichFontValue.h"
 #include "model/StoreFileTextRuns.h"
+#include "model/StoreResources.h"
 #include "quartz/TiffCodec.h"
 
 #include <QColor>
@@ -118,8 +119,22 @@ QString fromUtf16Base64(QStringView text)
     return result;
 }
 
-// The bytes the export writes too: encoded once for both (quartz/TiffCodec.h).
-QString tiffBase64(const QImage& image) { return QString::fromLatin1(quartz::tiff::encode(image).toBase64()); }
+// The bytes the export writes too, encoded once for both (quartz/TiffCodec.h):
+// a file beside the store when they are large and there is a package to
+// hold it, base64 text otherwise.
+void writeImage(QXmlStreamWriter& xml, const QString& element, const QXmlStreamAttributes& extra, const QImage& image,
+                StoreResources* resources)
+{
+    const QByteArray bytes = quartz::tiff::encode(image);
+    if (resources && bytes.size() >= StoreResources::kSmallestFileBytes) {
+        const QString name = resources->put(bytes, QStringLiteral("tiff"));
+        if (!name.isEmpty()) {
+            writeTyped(xml, element, extra, QStringLiteral("tiff-file"), name);
+            return;
+        }
+    }
+    writeTyped(xml, element, extra, QStringLiteral("tiff"), QString::fromLatin1(bytes.toBase64()));
+}
 
 // Keyframe tables of plain numbers or colours (nearly all of them) are
 // written as one run of numbers: "time value time value ..." or
@@ -172,7 +187,8 @@ bool readCompactKeyframes(QStringView text, bool colours, KeyframeValues& out)
 
 }  // namespace
 
-void writeValue(QXmlStreamWriter& xml, const QVariant& value, const QString& element, const QXmlStreamAttributes& extra)
+void writeValue(QXmlStreamWriter& xml, const QVariant& value, const QString& element, const QXmlStreamAttributes& extra,
+                StoreResources* resources)
 {
     const int id = value.metaType().id();
     // A null picture is no value: an empty image element could never be read back.
@@ -190,7 +206,7 @@ void writeValue(QXmlStreamWriter& xml, const QVariant& value, const QString& ele
         for (auto it = keyframes.begin(); it != keyframes.end(); ++it) {
             QXmlStreamAttributes time;
             time.append(QStringLiteral("time"), shortest(it.key()));
-            writeValue(xml, it.value(), QStringLiteral("value"), time);
+            writeValue(xml, it.value(), QStringLiteral("value"), time, resources);
         }
         xml.writeEndElement();
         return;
@@ -199,7 +215,7 @@ void writeValue(QXmlStreamWriter& xml, const QVariant& value, const QString& ele
         xml.writeStartElement(element);
         xml.writeAttributes(extra);
         xml.writeAttribute(QStringLiteral("type"), QStringLiteral("richfont"));
-        writeValue(xml, value.value<RichFontValue>().toMap());
+        writeValue(xml, value.value<RichFontValue>().toMap(), QStringLiteral("value"), {}, resources);
         xml.writeEndElement();
         return;
     }
@@ -224,7 +240,7 @@ void writeValue(QXmlStreamWriter& xml, const QVariant& value, const QString& ele
                    QStringList{channel(c.redF()), channel(c.greenF()), channel(c.blueF()), channel(c.alphaF())}.join(QLatin1Char(' ')));
         return;
     }
-    case QMetaType::QImage: writeTyped(xml, element, extra, QStringLiteral("tiff"), tiffBase64(value.value<QImage>())); return;
+    case QMetaType::QImage: writeImage(xml, element, extra, value.value<QImage>(), resources); return;
     case QMetaType::QFont: {
         const QFont f = value.value<QFont>();
         xml.writeStartElement(element);
@@ -243,7 +259,7 @@ void writeValue(QXmlStreamWriter& xml, const QVariant& value, const QString& ele
         xml.writeStartElement(element);
         xml.writeAttributes(extra);
         xml.writeAttribute(QStringLiteral("type"), id == QMetaType::QStringList ? QStringLiteral("strings") : QStringLiteral("list"));
-        for (const QVariant& item : value.toList()) writeValue(xml, item);
+        for (const QVariant& item : value.toList()) writeValue(xml, item, QStringLiteral("value"), {}, resources);
         xml.writeEndElement();
         return;
     }
@@ -255,7 +271,7 @@ void writeValue(QXmlStreamWriter& xml, const QVariant& value, const QString& ele
         for (auto it = map.begin(); it != map.end(); ++it) {
             QXmlStreamAttributes key;
             key.append(QStringLiteral("key"), it.key());
-            writeValue(xml, it.value(), QStringLiteral("value"), key);
+            writeValue(xml, it.value(), QStringLiteral("value"), key, resources);
         }
         xml.writeEndElement();
         return;
@@ -269,13 +285,13 @@ void writeValue(QXmlStreamWriter& xml, const QVariant& value, const QString& ele
 
 namespace {
 
-bool readChildren(QXmlStreamReader& xml, QString& error, StoreFileTextRuns* runs,
+bool readChildren(QXmlStreamReader& xml, QString& error, StoreFileTextRuns* runs, const StoreResources* resources,
                   const std::function<bool(const QXmlStreamAttributes&, const QVariant&)>& take)
 {
     while (xml.readNextStartElement()) {
         const QXmlStreamAttributes attributes = xml.attributes();
         QVariant child;
-        if (!readValue(xml, child, error, runs)) return false;
+        if (!readValue(xml, child, error, runs, resources)) return false;
         if (!take(attributes, child)) return false;
     }
     return !xml.hasError();
@@ -288,7 +304,8 @@ bool isBase64Type(QStringView type)
 
 }  // namespace
 
-bool readValue(QXmlStreamReader& xml, QVariant& value, QString& error, StoreFileTextRuns* runs)
+bool readValue(QXmlStreamReader& xml, QVariant& value, QString& error, StoreFileTextRuns* runs,
+               const StoreResources* resources)
 {
     const QXmlStreamAttributes attributes = xml.attributes();
     const QStringView type = attributes.value(QLatin1String("type"));
@@ -298,7 +315,7 @@ bool readValue(QXmlStreamReader& xml, QVariant& value, QString& error, StoreFile
     };
     if (type == QLatin1String("keyframes")) {
         KeyframeValues keyframes;
-        const bool ok = readChildren(xml, error, runs, [&](const QXmlStreamAttributes& a, const QVariant& v) {
+        const bool ok = readChildren(xml, error, runs, resources, [&](const QXmlStreamAttributes& a, const QVariant& v) {
             float time = 0;
             if (!parseNumber(a.value(QLatin1String("time")), time)) return fail(QStringLiteral("a keyframe without a valid time"));
             keyframes.insert(time, v);
@@ -309,7 +326,7 @@ bool readValue(QXmlStreamReader& xml, QVariant& value, QString& error, StoreFile
     }
     if (type == QLatin1String("list") || type == QLatin1String("strings")) {
         QVariantList list;
-        const bool ok = readChildren(xml, error, runs, [&](const QXmlStreamAttributes&, const QVariant& v) {
+        const bool ok = readChildren(xml, error, runs, resources, [&](const QXmlStreamAttributes&, const QVariant& v) {
             list.append(v);
             return true;
         });
@@ -319,7 +336,7 @@ bool readValue(QXmlStreamReader& xml, QVariant& value, QString& error, StoreFile
     if (type == QLatin1String("map") || type == QLatin1String("richfont")) {
         QVariantMap map;
         QVariant inner;
-        const bool ok = readChildren(xml, error, runs, [&](const QXmlStreamAttributes& a, const QVariant& v) {
+        const bool ok = readChildren(xml, error, runs, resources, [&](const QXmlStreamAttributes& a, const QVariant& v) {
             if (type == QLatin1String("richfont")) inner = v;
             else map.insert(a.value(QLatin1String("key")).toString(), v);
             return true;
@@ -399,6 +416,13 @@ bool readValue(QXmlStreamReader& xml, QVariant& value, QString& error, StoreFile
         QString reason;
         if (!bytes.isEmpty() && (image = quartz::tiff::decode(bytes, &reason)).isNull())
             return fail(QStringLiteral("an image that is not readable TIFF data (%1)").arg(reason));
+        value = image;
+    } else if (type == QLatin1String("tiff-file")) {
+        QString reason = QStringLiteral("a picture kept in a file, read without its package");
+        const QByteArray bytes = resources ? resources->get(text.trimmed(), &reason) : QByteArray();
+        if (bytes.isEmpty()) return fail(reason);
+        QImage image = quartz::tiff::decode(bytes, &reason);
+        if (image.isNull()) return fail(QStringLiteral("%1 is not readable TIFF data (%2)").arg(text.trimmed(), reason));
         value = image;
     } else if (type == QLatin1String("image")) {
         // Documents of earlier versions wrote a missing picture as an empty image.

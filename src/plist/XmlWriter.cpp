@@ -13,6 +13,10 @@ namespace plist {
 
 namespace {
 
+// Data larger than this is written without indentation.
+constexpr std::size_t kUnindentedDataBytes = 64 * 1024;
+
+
 using namespace std::string_view_literals;
 
 struct WriteError {
@@ -48,7 +52,10 @@ public:
             break;
         case Type::Data:
             out_ += "<data>\n";
-            appendBase64(v.dataBytes(), tabs(depth));
+            // Lines of a large blob (a picture) are not indented: deep in a
+            // composition the tabs would add a fifth to its size. Readers
+            // take any white space inside data.
+            appendBase64(v.dataBytes(), v.dataBytes().size() > kUnindentedDataBytes ? std::string_view() : tabs(depth));
             indent(depth);
             out_ += "</data>\n";
             break;

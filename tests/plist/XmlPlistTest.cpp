@@ -169,6 +169,21 @@ TEST(XmlPlist, WriterWrapsDataInIndentedLinesOf68)
     EXPECT_EQ(*readXml(xml), d);
 }
 
+TEST(XmlPlist, LargeDataIsWrittenWithoutIndentation)
+{
+    // Pictures deep inside a composition: tabs would add a fifth to their size.
+    std::string bytes(65 * 1024 + 7, '\0');
+    for (std::size_t i = 0; i < bytes.size(); ++i) bytes[i] = char(i * 31 % 251);
+    const Value d(Dictionary{{"outer", Value(Dictionary{{"inner", Value(Dictionary{{"picture", Value::data(bytes)}})}})},
+                             {"small", Value::data("abc")}});
+    const std::string xml = *writeXml(d);
+    const std::size_t start = xml.find("<data>\n", xml.find("picture")) + 7;
+    EXPECT_NE(xml[start], '\t') << "the first line of the large blob";
+    EXPECT_EQ(xml.find('\t', start), xml.find("</data>", start) - 3) << "no tab before the closing tag's own indentation";
+    EXPECT_NE(xml.find("\t<data>\n\tYWJj\n\t</data>"), std::string::npos) << "small data keeps the platform's layout";
+    EXPECT_EQ(*readXml(xml), d);
+}
+
 TEST(XmlPlist, RoundTripsValuesThatNeedCare)
 {
     Dictionary d;
