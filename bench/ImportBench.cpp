@@ -74,6 +74,7 @@ QString benchFile()
     document.height = kHeight;
     document.layerCompression = psdtest::Rle;
     document.compositeCompression = psdtest::Rle;
+    document.rleRuns = true;
     uint32_t seed = 12345;
     for (int i = 0; i < kLayers; ++i) document.layers.push_back(benchLayer(i, seed));
     document.composite.assign(3, std::vector<uint8_t>(size_t(kWidth) * kHeight, 128));

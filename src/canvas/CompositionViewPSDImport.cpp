@@ -68,7 +68,10 @@ void CompositionView::importPSDFile(const QString& psdPath, const QString& qtzFi
     }
     setImportPSDLayersAsSeperateComponents(true);
     std::string error;
-    auto importer = psd::PSDLayerImporter::fromPath(psdPath, false, &error);
+    // The sheet and the import draw the layers; the stored composite is not needed.
+    psd::DecodeOptions decoding;
+    decoding.composite = false;
+    auto importer = psd::PSDLayerImporter::fromPath(psdPath, false, &error, decoding);
     if (!importer) {
         qCWarning(lcPSDImport).noquote() << "Unable to create PSD Importer";
         qCDebug(lcPSDImport).noquote() << QString::fromStdString(error);

@@ -84,7 +84,11 @@ DropResult addComponentsFromPaths(model::Composition& composition, const QString
         QImage image;
         if (photoshop) {
             std::string error;
-            auto importer = psd::PSDLayerImporter::fromPath(path, false, &error);
+            // Layers for a layer import, the stored flat picture for a flat one.
+            psd::DecodeOptions decoding;
+            decoding.composite = commandKeyPressed;
+            decoding.layerPixels = !commandKeyPressed;
+            auto importer = psd::PSDLayerImporter::fromPath(path, false, &error, decoding);
             if (!importer) {
                 qCWarning(lcDocument) << "Unable to create PSD Importer" << QString::fromStdString(error);
                 continue;

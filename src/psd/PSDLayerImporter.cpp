@@ -1,5 +1,8 @@
 #include "psd/PSDLayerImporter.h"
 
+#include "psd/LayerTrimming.h"
+#include "psd/TaskRunner.h"
+
 #include <QFile>
 #include <QFileInfo>
 #include <QPainter>
@@ -30,7 +33,7 @@ QString PSDLayer::description() const
 }
 
 std::optional<PSDLayerImporter> PSDLayerImporter::fromPath(const QString& path, bool flippedCoordinates,
-                                                           std::string* error)
+                                                           std::string* error, const DecodeOptions& options)
 {
     const QFileInfo info(path);
     if (!info.exists() || info.isDir()) {
@@ -48,35 +51,44 @@ std::optional<PSDLayerImporter> PSDLayerImporter::fromPath(const QString& path, 
     const QByteArray bytes = mapped ? QByteArray() : file.readAll();
     const QByteArrayView data = mapped ? QByteArrayView(reinterpret_cast<const char*>(mapped), file.size())
                                        : QByteArrayView(bytes);
-    auto importer = fromData(data, flippedCoordinates, error);
+    auto importer = fromData(data, flippedCoordinates, error, options);
     if (importer) importer->path_ = path;
     return importer;
 }
 
 std::optional<PSDLayerImporter> PSDLayerImporter::fromData(QByteArrayView data, bool flippedCoordinates,
-                                                           std::string* error)
+                                                           std::string* error, const DecodeOptions& options)
 {
     if (data.isEmpty()) {
         if (error) *error = "no data";
         return std::nullopt;
     }
     PSDLayerImporter importer(flippedCoordinates);
-    if (!importer.loadPSDFromData(data, error)) return std::nullopt;
+    if (!importer.loadPSDFromData(data, error, options)) return std::nullopt;
     return importer;
 }
 
-bool PSDLayerImporter::loadPSDFromData(QByteArrayView data, std::string* error)
+bool PSDLayerImporter::loadPSDFromData(QByteArrayView data, std::string* error, const DecodeOptions& options)
 {
-    auto doc = decode(data, error);
+    auto doc = decode(data, error, options);
     if (!doc) return false;
     imageSize_ = QSizeF(doc->width, doc->height);
     merged_ = std::move(doc->composite);
     layers_.clear();
-    for (Layer& layer : doc->layers) {
-        // Adjustment and other empty layers have nothing to show as an image component.
-        if (layer.bounds.isEmpty()) continue;
-        const QPointF origin = flipped_ ? QPointF(layer.bounds.topLeft())
-                                        : QPointF(layer.canvasX(), layer.canvasY(doc->height));
+    // Adjustment and other empty layers have nothing to show as an image component.
+    std::erase_if(doc->layers, [](const Layer& layer) { return layer.bounds.isEmpty() || layer.image.isNull(); });
+    // Each layer cut to what it shows and premultiplied, on every core: the
+    // same picture at the same place, without its transparent margins.
+    std::vector<QPoint> offsets(doc->layers.size());
+    runTasks(int(doc->layers.size()), 0, [&](int i) {
+        Layer& layer = doc->layers[size_t(i)];
+        layer.image = trimmedPremultiplied(layer.image, &offsets[size_t(i)]);
+        return true;
+    });
+    for (size_t i = 0; i < doc->layers.size(); ++i) {
+        Layer& layer = doc->layers[i];
+        const QRect shown(layer.bounds.topLeft() + offsets[i], layer.image.size());
+        const QPointF origin = flipped_ ? QPointF(shown.topLeft()) : QPointF(shown.left(), doc->height - (shown.bottom() + 1));
         layers_.emplace_back(std::move(layer.image), layer.name, origin, layer.opacity, layer.shownInDocument());
     }
     return true;

@@ -52,14 +52,18 @@ private:
 class PSDLayerImporter {
 public:
     // None when the path is missing, is a folder or does not decode.
+    // `options` say what to decode: a layer import needs no composite, a
+    // flat one no layer pixels.
     static std::optional<PSDLayerImporter> fromPath(const QString& path, bool flippedCoordinates,
-                                                    std::string* error = nullptr);
+                                                    std::string* error = nullptr, const DecodeOptions& options = {});
     // None for empty data or data that does not decode.
     static std::optional<PSDLayerImporter> fromData(QByteArrayView data, bool flippedCoordinates,
-                                                    std::string* error = nullptr);
+                                                    std::string* error = nullptr, const DecodeOptions& options = {});
 
     // Replaces the layers and canvas size with those of the given file data.
-    bool loadPSDFromData(QByteArrayView data, std::string* error = nullptr);
+    // Each layer's picture is cut to what it shows (its origin moving with
+    // it) and premultiplied.
+    bool loadPSDFromData(QByteArrayView data, std::string* error = nullptr, const DecodeOptions& options = {});
 
     const QString& path() const { return path_; }
     std::vector<PSDLayer>& layers() { return layers_; }  // topmost first

@@ -49,6 +49,7 @@ struct Document {
     int channels = 3;
     Compression layerCompression = Rle;
     Compression compositeCompression = Raw;
+    bool rleRuns = false;  // RLE with repeat packets, not only literal ones
     bool negativeLayerCount = false;
     bool layersInLr16 = false;  // as Photoshop stores 16-bit layers
     std::vector<Layer> layers;  // bottom first
@@ -75,6 +76,33 @@ inline std::vector<uint8_t> packBits(const uint8_t* row, int64_t n)
         const int64_t k = std::min<int64_t>(128, n - i);
         out.push_back(uint8_t(k - 1));
         out.insert(out.end(), row + i, row + i + k);
+    }
+    return out;
+}
+
+// PackBits as image editors write it: runs of three or more equal samples
+// as repeat packets, the rest as literal packets.
+inline std::vector<uint8_t> packBitsWithRuns(const uint8_t* row, int64_t n)
+{
+    std::vector<uint8_t> out;
+    auto runAt = [&](int64_t i) {
+        int64_t run = 1;
+        while (i + run < n && run < 128 && row[i + run] == row[i]) ++run;
+        return run;
+    };
+    int64_t i = 0;
+    while (i < n) {
+        const int64_t run = runAt(i);
+        if (run >= 3) {
+            out.push_back(uint8_t(257 - run));
+            out.push_back(row[i]);
+            i += run;
+            continue;
+        }
+        const int64_t start = i;
+        while (i < n && i - start < 128 && runAt(i) < 3) ++i;
+        out.push_back(uint8_t(i - start - 1));
+        out.insert(out.end(), row + start, row + i);
     }
     return out;
 }
@@ -108,14 +136,15 @@ inline std::vector<uint8_t> predict(std::vector<uint8_t> plane, int64_t rowBytes
 
 // One plane's compressed bytes: RLE row counts first, then the rows.
 inline std::vector<uint8_t> encodePlane(const std::vector<uint8_t>& samples, int64_t rowBytes, int rows,
-                                        Compression c, int depth, bool large)
+                                        Compression c, int depth, bool large, bool rleRuns = false)
 {
     switch (c) {
     case Raw: return samples;
     case Rle: {
         std::vector<uint8_t> counts, body;
         for (int y = 0; y < rows; ++y) {
-            const auto packed = packBits(samples.data() + y * rowBytes, rowBytes);
+            const auto packed = rleRuns ? packBitsWithRuns(samples.data() + y * rowBytes, rowBytes)
+                                        : packBits(samples.data() + y * rowBytes, rowBytes);
             const size_t n = packed.size();
             if (large) counts.insert(counts.end(), {uint8_t(n >> 24), uint8_t(n >> 16), uint8_t(n >> 8), uint8_t(n)});
             else counts.insert(counts.end(), {uint8_t(n >> 8), uint8_t(n)});
@@ -142,7 +171,7 @@ inline QByteArray layerInfo(const Document& d)
         for (const Channel& c : l.channels) {
             const QRect r = (c.id <= -2 && l.mask) ? l.mask->rect : l.rect;
             std::vector<uint8_t> e = {0, uint8_t(d.layerCompression)};
-            const auto body = encodePlane(c.samples, int64_t(r.width()) * bps, r.height(), d.layerCompression, d.depth, large);
+            const auto body = encodePlane(c.samples, int64_t(r.width()) * bps, r.height(), d.layerCompression, d.depth, large, d.rleRuns);
             e.insert(e.end(), body.begin(), body.end());
             channels.push_back(e);
         }
@@ -226,7 +255,7 @@ inline QByteArray build(const Document& d)
     if (d.compositeCompression == Rle) {
         std::vector<uint8_t> counts, body;
         for (const auto& plane : d.composite) {
-            const auto e = encodePlane(plane, rowBytes, d.height, Rle, d.depth, large);
+            const auto e = encodePlane(plane, rowBytes, d.height, Rle, d.depth, large, d.rleRuns);
             const size_t table = size_t(d.height) * (large ? 4 : 2);
             counts.insert(counts.end(), e.begin(), e.begin() + long(table));
             body.insert(body.end(), e.begin() + long(table), e.end());
