@@ -95,7 +95,10 @@ bool CompositionDocument::readFromURL(const QString& packagePath, QString* error
 {
     qCInfo(lcDocument).noquote() << QStringLiteral("CompositionDocument will read from %1").arg(packagePath);
     QString reason;
+    // The journal must let go of a store before the store is replaced.
+    if (journal_) journal_->detach();
     if (!PersistentPackageDocument::readFromURL(packagePath, &reason)) {
+        if (journal_) journal_->attach(store());
         qCWarning(lcDocument).noquote()
             << QStringLiteral("CompositionDocument failed to read from %1 with error %2").arg(packagePath, reason);
         if (error) *error = reason;
@@ -104,7 +107,60 @@ bool CompositionDocument::readFromURL(const QString& packagePath, QString* error
     beforeLoad();
     composition_->setFileURL(QUrl::fromLocalFile(quartzCompositionURL()));
     afterLoad();
+    if (journal_) journal_->attach(store());
     return true;
+}
+
+void CompositionDocument::enableJournal()
+{
+    if (!journal_) journal_ = std::make_unique<DocumentJournal>(store(), fileURL());
+}
+
+bool CompositionDocument::adoptReplayedStore(QString* error)
+{
+    // Objects made by the records are not set up: reading the whole store
+    // anew sets every object up as opening a document does.
+    store().processPendingChanges();
+    model::LoadedStore loaded = model::StoreFile::read(model::StoreFile::write(store()));
+    if (!loaded) {
+        if (error) *error = loaded.error;
+        return false;
+    }
+    beforeLoad();
+    if (journal_) journal_->detach();
+    didReadStore(loaded);
+    adoptStore(std::move(loaded.store));
+    if (journal_) journal_->attach(store());
+    if (!fileURL().isEmpty()) composition_->setFileURL(QUrl::fromLocalFile(quartzCompositionURL()));
+    afterLoad();
+    return true;
+}
+
+bool CompositionDocument::recoverFromJournal(const JournalStatus& status, QString* error)
+{
+    if (!status.recoverable()) {
+        if (error) *error = status.baseChanged ? QStringLiteral("the document was saved after these changes were made")
+                                               : QStringLiteral("the journal holds no changes");
+        return false;
+    }
+    if (!DocumentJournal::replay(store(), status.path, error) || !adoptReplayedStore(error)) return false;
+    enableJournal();
+    journal_->attach(store());
+    journal_->continueJournal(status.path);
+    return true;
+}
+
+std::unique_ptr<CompositionDocument> CompositionDocument::recoverUntitled(const JournalStatus& status, QString* error)
+{
+    auto document = std::make_unique<CompositionDocument>();
+    if (!DocumentJournal::replay(document->store(), status.path, error) || !document->adoptReplayedStore(error)) return nullptr;
+    if (!document->composition_) {
+        if (error) *error = QStringLiteral("the journal holds no composition");
+        return nullptr;
+    }
+    document->enableJournal();
+    document->journal_->continueJournal(status.path);
+    return document;
 }
 
 void CompositionDocument::didReadStore(const model::LoadedStore& loaded)
@@ -156,6 +212,7 @@ bool CompositionDocument::writeSafelyToURL(const QString& packagePath, SaveOpera
         if (error) *error = reason;
         return false;
     }
+    if (journal_) journal_->documentSaved(packagePath);
     writePackageExtras(packagePath);
     return true;
 }

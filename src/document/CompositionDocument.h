@@ -3,6 +3,7 @@
 // Every save also writes, beside the store, the generated composition file
 // that a playout engine plays, the information file and the thumbnail.
 
+#include "document/DocumentJournal.h"
 #include "document/PersistentPackageDocument.h"
 
 #include <QImage>
@@ -67,6 +68,16 @@ public:
 
     const SaveTimings& lastSaveTimings() const { return saveTimings_; }
 
+    // The crash journal (the editor keeps one; velloran-cli does not).
+    void enableJournal();
+    DocumentJournal* journal() const { return journal_.get(); }
+    // Replays a journal left by a crash on this document, opened from the
+    // journal's package; the document then holds the edits, unsaved, and its
+    // journal goes on in that file.
+    bool recoverFromJournal(const JournalStatus& status, QString* error);
+    // A document never saved, rebuilt from its journal.
+    static std::unique_ptr<CompositionDocument> recoverUntitled(const JournalStatus& status, QString* error);
+
 protected:
     void didReadStore(const model::LoadedStore& loaded) override;
 
@@ -75,10 +86,13 @@ private:
     void afterLoad();
     void writePackageExtras(const QString& packagePath);
     void copyPendingResources();
+    // Takes the store as the journal's records left it, set up as if read.
+    bool adoptReplayedStore(QString* error);
 
     model::Composition* composition_ = nullptr;
     QList<QVariantMap> pendingResources_;
     SaveTimings saveTimings_;
+    std::unique_ptr<DocumentJournal> journal_;
 };
 
 }  // namespace document

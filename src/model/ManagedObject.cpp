@@ -113,6 +113,7 @@ void ManagedObject::setStoredValue(const QString& key, const QVariant& value)
     storedValueDidChange(key);
     if (store_) {
         store_->noteUpdated(this);
+        if (StoreChangeListener* listener = store_->changeListener()) listener->storedValueChanged(this, index);
         QPointer<ManagedObject> self(this);
         store_->undoManager().registerUndoForWrite(
             this, key, [self, key, old] {
@@ -173,6 +174,7 @@ void ManagedObject::addToMany(const QString& key, ManagedObject* target, int ind
     linkToMany(key, target, index);
     if (!relation->inverse.isEmpty()) target->announceToOne(relation->inverse, this);
     didChangeValueForKey(key);
+    if (store_ && store_->changeListener()) store_->changeListener()->relationshipChanged(this, key);
     recordRelationshipChange(target, [key](ManagedObject* self, ManagedObject* other) { self->removeFromMany(key, other); });
 }
 
@@ -202,6 +204,25 @@ void ManagedObject::primitiveAddToMany(const QString& key, ManagedObject* target
     if (!relation->inverse.isEmpty()) target->linkToOne(relation->inverse, this);
 }
 
+void ManagedObject::primitiveSetToMany(const QString& key, const std::vector<ManagedObject*>& targets)
+{
+    const RelationshipDescription* relation = entity_.relationship(key);
+    if (!relation || !relation->toMany) return;
+    auto& list = toMany_[std::size_t(entity_.relationshipIndex(key))];
+    for (ManagedObject* old : list)
+        if (!relation->inverse.isEmpty() && old->toOne(relation->inverse) == this) old->linkToOne(relation->inverse, nullptr);
+    list.clear();
+    for (ManagedObject* target : targets) {
+        if (!relation->inverse.isEmpty()) {
+            // A target moves here from wherever it was.
+            if (ManagedObject* previous = target->toOne(relation->inverse); previous && previous != this)
+                previous->unlinkToMany(key, target);
+            target->linkToOne(relation->inverse, this);
+        }
+        list.push_back(target);
+    }
+}
+
 void ManagedObject::removeFromMany(const QString& key, ManagedObject* target)
 {
     const RelationshipDescription* relation = entity_.relationship(key);
@@ -213,6 +234,7 @@ void ManagedObject::removeFromMany(const QString& key, ManagedObject* target)
     const int index = unlinkToMany(key, target);
     if (!relation->inverse.isEmpty() && target->toOne(relation->inverse) == this) target->announceToOne(relation->inverse, nullptr);
     didChangeValueForKey(key);
+    if (store_ && store_->changeListener()) store_->changeListener()->relationshipChanged(this, key);
     recordRelationshipChange(target, [key, index](ManagedObject* self, ManagedObject* other) { self->addToMany(key, other, index); });
 }
 

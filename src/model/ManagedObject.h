@@ -92,6 +92,9 @@ public:
     void setToOne(const QString& key, ManagedObject* target);
     // Links both sides without undo or notifications: for loading.
     void primitiveAddToMany(const QString& key, ManagedObject* target);
+    // Makes the to-many exactly `targets`, inverses included, without undo
+    // or notifications: for replaying a journal.
+    void primitiveSetToMany(const QString& key, const std::vector<ManagedObject*>& targets);
 
     // Observation by key.
     ObservationToken observe(const QString& key, KeyObserver observer);

@@ -30,6 +30,7 @@ ManagedObject* ObjectStore::insertObject(std::unique_ptr<ManagedObject> object, 
     undoManager_.registerUndo([this, objectId] {
         if (ManagedObject* o = objectWithId(objectId)) removeFromRegistry(o);
     });
+    if (listener_) listener_->objectInserted(raw);
     return raw;
 }
 
@@ -70,6 +71,7 @@ void ObjectStore::removeFromRegistry(ManagedObject* object)
     recentlyDeleted_.push_back(holder);
     schedulePendingChanges();
     undoManager_.registerUndo([this, holder] { reinsert(holder); });
+    if (listener_) listener_->objectDeleted(object->objectId());
 }
 
 void ObjectStore::reinsert(const Holder& holder)

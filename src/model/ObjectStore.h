@@ -8,6 +8,7 @@
 // dropped the object is freed.
 
 #include "model/ManagedObject.h"
+#include "model/StoreChangeListener.h"
 #include "model/UndoManager.h"
 
 #include <QList>
@@ -46,6 +47,9 @@ public:
     ManagedObject* objectWithId(quint64 objectId) const;
 
     void noteUpdated(ManagedObject* object);
+    // One listener at a time (the crash journal), or none.
+    void setChangeListener(StoreChangeListener* listener) { listener_ = listener; }
+    StoreChangeListener* changeListener() const { return listener_; }
     bool hasPendingChanges() const { return !inserted_.isEmpty() || !updated_.isEmpty() || !deleted_.isEmpty(); }
     void processPendingChanges();
 
@@ -60,6 +64,7 @@ private:
     void schedulePendingChanges();
 
     UndoManager undoManager_;
+    StoreChangeListener* listener_ = nullptr;
     std::map<quint64, std::unique_ptr<ManagedObject>> objects_;
     quint64 nextId_ = 1;
     QList<ManagedObject*> inserted_, updated_, deleted_;

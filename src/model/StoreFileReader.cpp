@@ -2,6 +2,7 @@
 
 #include "model/Attribute.h"
 #include "model/Composition.h"
+#include "model/EntityFactory.h"
 #include "model/QuartzComponent.h"
 #include "model/Ruler.h"
 #include "model/StopFrame.h"
@@ -16,20 +17,6 @@
 namespace model {
 
 namespace {
-
-using Factory = std::function<std::unique_ptr<ManagedObject>(ObjectStore*)>;
-
-const QHash<QString, Factory>& factories()
-{
-    static const QHash<QString, Factory> all = {
-        {QStringLiteral("Composition"), [](ObjectStore* s) { return std::make_unique<Composition>(s); }},
-        {QStringLiteral("Component"), [](ObjectStore* s) { return std::make_unique<QuartzComponent>(s); }},
-        {QStringLiteral("Attribute"), [](ObjectStore* s) { return std::make_unique<Attribute>(s); }},
-        {QStringLiteral("StopFrame"), [](ObjectStore* s) { return std::make_unique<StopFrame>(s); }},
-        {QStringLiteral("Ruler"), [](ObjectStore* s) { return std::make_unique<Ruler>(s); }},
-    };
-    return all;
-}
 
 // Reading stops at the first problem; the message carries the line.
 struct StoreError {
@@ -145,8 +132,8 @@ private:
         bool idOk = false;
         const quint64 id = attributes.value(QLatin1String("id")).toULongLong(&idOk);
         QString refusal;
-        const auto factory = factories().constFind(entity);
-        if (factory == factories().constEnd())
+        std::unique_ptr<ManagedObject> made = makeEntityObject(entity, store_);
+        if (!made)
             refusal = QStringLiteral("unknown entity \"%1\"").arg(entity);
         else if (!idOk || id == 0)
             refusal = QStringLiteral("an object without a valid id");
@@ -157,7 +144,7 @@ private:
             xml_.skipCurrentElement();
             return;
         }
-        ManagedObject* object = store_->insertObject(factory.value()(store_), id);
+        ManagedObject* object = store_->insertObject(std::move(made), id);
         while (!damaged_ && xml_.readNextStartElement()) {
             const QString name = xml_.attributes().value(QLatin1String("name")).toString();
             if (xml_.name() == QLatin1String("attribute")) {
