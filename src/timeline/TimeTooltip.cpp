@@ -1,0 +1,58 @@
+#include "timeline/TimeTooltip.h"
+
+#include "model/Timecode.h"
+
+#include <QApplication>
+#include <QPointer>
+
+#include <cmath>
+
+namespace timeline {
+
+TimeTooltip::TimeTooltip() : QLabel(nullptr, Qt::ToolTip | Qt::FramelessWindowHint)
+{
+    setObjectName(QStringLiteral("TimeTooltip"));
+    setAttribute(Qt::WA_ShowWithoutActivating);
+    setAttribute(Qt::WA_TransparentForMouseEvents);
+    setForegroundRole(QPalette::ToolTipText);
+    setBackgroundRole(QPalette::ToolTipBase);
+    setAutoFillBackground(true);
+    setMargin(3);
+    QFont mono = font();
+    mono.setFamily(QStringLiteral("DejaVu Sans Mono"));
+    mono.setStyleHint(QFont::Monospace);
+    setFont(mono);
+}
+
+TimeTooltip* TimeTooltip::shared()
+{
+    static QPointer<TimeTooltip> tooltip;
+    if (!tooltip) {
+        tooltip = new TimeTooltip;
+        // The application owns it: it goes when the application quits.
+        QObject::connect(qApp, &QCoreApplication::aboutToQuit, tooltip, [] { delete tooltip.data(); });
+    }
+    return tooltip;
+}
+
+QString TimeTooltip::textForTime(double seconds, int rateCode)
+{
+    const QString text = model::Timecode::fromSeconds(std::abs(seconds), rateCode).toString();
+    return seconds < 0 ? QStringLiteral("-") + text : text;
+}
+
+void TimeTooltip::showTime(double seconds, int rateCode, const QPoint& globalAnchor)
+{
+    setText(textForTime(seconds, rateCode));
+    adjustSize();
+    move(globalAnchor.x() - width() / 2, globalAnchor.y() - height() - 4);
+    if (!isVisible()) show();
+    raise();
+}
+
+void TimeTooltip::finish()
+{
+    hide();
+}
+
+}  // namespace timeline
