@@ -21,7 +21,7 @@ struct TimelineMetrics {
     double componentsWidth = 200.0;  // the name column
     double componentIndent1 = 22.0;  // name text of a component row
     double componentIndent2 = 10.0;  // further in for an attribute row
-    QSizeF keyframeSize{9.0, 9.0};
+    QSizeF keyframeSize{11.0, 11.0};
     QSizeF markerSize{11.0, 8.0};
     QSizeF stopFrameSize{11.0, 8.0};
     double buttonSpacing = 5.0;  // between the images of the control buttons

@@ -221,6 +221,7 @@ void TimelinePainter::paintNameColumn(QPainter& painter, const QRectF& exposed, 
     const TimelineGeometry& g = scene_.geometry;
     const TimelineStyle& style = scene_.style;
     painter.save();
+    painter.fillRect(exposed, style.rowsBackgroundColor);
     painter.setFont(style.componentFont);
     const QFontMetricsF metrics(style.componentFont);
     const int first = std::max(0, g.rowAt(exposed.top() + scrollY));

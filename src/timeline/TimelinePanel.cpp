@@ -44,15 +44,18 @@ QToolButton* zoomButton(const QString& image, const QString& tip, QWidget* paren
 
 }  // namespace
 
-void expandAnimatedComponents(model::Composition& composition)
+model::QuartzComponent* expandFirstAnimatedComponent(model::Composition& composition)
 {
-    for (model::QuartzComponent* component : composition.componentArray()) {
+    for (model::QuartzComponent* component : composition.componentsSortedByInverseZLevel()) {
         const std::vector<model::Attribute*> attributes = component->attributes();
         const bool animated = std::any_of(attributes.begin(), attributes.end(), [](const model::Attribute* a) {
             return a->animateable() && !a->keyframes().isEmpty();
         });
-        if (animated) component->setExpanded(true);
+        if (!animated) continue;
+        component->setExpanded(true);
+        return component;
     }
+    return nullptr;
 }
 
 TimelinePanel::TimelinePanel(QWidget* parent)
@@ -120,7 +123,7 @@ TimelinePanel::~TimelinePanel() { view_->cleanUp(); }
 
 void TimelinePanel::setDocument(document::CompositionDocument* document, VLTimelineView::CommandsSource commands)
 {
-    if (document) expandAnimatedComponents(*document->composition());
+    if (document) expandFirstAnimatedComponent(*document->composition());
     view_->setDocument(document, std::move(commands));
     timecode_->setEnabled(document != nullptr);
     controls_->setEnabled(document != nullptr);

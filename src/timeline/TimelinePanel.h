@@ -16,7 +16,8 @@ class CompositionDocument;
 }
 namespace model {
 class Composition;
-}
+class QuartzComponent;
+}  // namespace model
 namespace widgets {
 class VLSegmentedControl;
 }
@@ -25,10 +26,11 @@ namespace timeline {
 
 class VLTimelineScrollView;
 
-// Opens in the timeline every component that has keyframes, so a document
-// opens with its animation in view. `expanded` is editor state and is not
-// stored; docs/decisions.md says why.
-void expandAnimatedComponents(model::Composition& composition);
+// Opens in the timeline the front-most component that has keyframes, so a
+// document opens with animation in view without a large template's rows
+// flooding the timeline. Answers it, or null. `expanded` is editor state
+// and is not stored; docs/decisions.md says why.
+model::QuartzComponent* expandFirstAnimatedComponent(model::Composition& composition);
 
 class TimelinePanel : public QWidget {
     Q_OBJECT
@@ -36,7 +38,7 @@ public:
     explicit TimelinePanel(QWidget* parent = nullptr);
     ~TimelinePanel() override;
 
-    // Shows a document (null detaches); its animated components open.
+    // Shows a document (null detaches) with its first animated component open.
     void setDocument(document::CompositionDocument* document, VLTimelineView::CommandsSource commands = {});
 
     VLTimelineView* timelineView() const { return view_; }
@@ -45,7 +47,7 @@ public:
     QLineEdit* timecodeField() const { return timecode_; }
     QSlider* zoomSlider() const { return zoom_; }
 
-    QSize sizeHint() const override { return QSize(600, 240); }
+    QSize sizeHint() const override { return QSize(600, 300); }
 
 private:
     void updateTimecode(double time);

@@ -31,7 +31,7 @@ public:
     void updateDocumentView();
     // Zooms keeping the time under `viewportX` where it is.
     void zoomAround(double value, double viewportX);
-    // While playing, pages the rows so the playhead stays in view.
+    // Pages the rows so the playhead stays in view when it leaves it.
     void followPlayhead();
 
 protected:

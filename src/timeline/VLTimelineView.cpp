@@ -108,7 +108,9 @@ void VLTimelineView::observeComposition()
                 updateComponentsRuler();  // the keyframe buttons' flags
                 if (model::Composition* now = composition()) {
                     Q_EMIT editorTimepointChanged(now->editorTimepoint());
-                    if (now->playMode() != 0 && scrollView_) scrollView_->followPlayhead();
+                    // Playing, jumping or stepping, the playhead stays in view;
+                    // dragged in the ruler it is under the mouse anyway.
+                    if (scrollView_ && !ruler_.active) scrollView_->followPlayhead();
                 }
             } else if (name == QLatin1String("playMode")) {
                 if (model::Composition* now = composition()) Q_EMIT playModeChanged(now->playMode() != 0);

@@ -190,6 +190,8 @@ private:
 
     // The time tooltip.
     void beginTooltip();
+    // At x of the rows, above the pressed row, or above the time ruler
+    // while a stop frame is dragged there.
     void showTooltip(double time, double x, bool visible = true);
     void finishTooltip();
 

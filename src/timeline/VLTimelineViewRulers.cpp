@@ -231,8 +231,9 @@ void VLTimelineView::showTooltip(double time, double x, bool visible)
 {
     const model::Composition* c = composition();
     if (!visible || !c || !isVisible()) return;
-    const double top = gesture_.active ? gesture_.clickedPoint.y() - timelineGeometry().rowHeight() / 2 : visibleRect().top();
-    TimeTooltip::shared()->showTime(time, c->videoResolution().frameRate(), mapToGlobal(QPoint(int(x), int(top))));
+    QPoint anchor = mapToGlobal(QPoint(int(x), int(gesture_.clickedPoint.y() - timelineGeometry().rowHeight() / 2)));
+    if (ruler_.active && scrollView_) anchor = QPoint(anchor.x(), scrollView_->horizontalRuler()->mapToGlobal(QPoint(0, 0)).y());
+    TimeTooltip::shared()->showTime(time, c->videoResolution().frameRate(), anchor);
 }
 
 void VLTimelineView::finishTooltip() { TimeTooltip::shared()->finish(); }

@@ -80,7 +80,7 @@ TEST(TimelineGeometry, RectanglesOfClipsRowsAndDiamonds)
     const TimelineGeometry g = at25fps(100);
     EXPECT_EQ(g.clipRect(1, 2.5, 3), QRectF(103, 60, 150, 20));
     EXPECT_EQ(g.rowRect(2, 500), QRectF(0, 40, 500, 20));
-    EXPECT_EQ(g.keyframeRect(1, 1), QRectF(98.5, 25.5, 9, 9)) << "centred on the time and in the row";
+    EXPECT_EQ(g.keyframeRect(1, 1), QRectF(97.5, 24.5, 11, 11)) << "centred on the time and in the row";
     EXPECT_EQ(g.rowAt(-1), -1);
     EXPECT_EQ(g.rowAt(0), 0);
     EXPECT_EQ(g.rowAt(19.9), 0);
