@@ -46,7 +46,8 @@ void TimeTooltip::showTime(double seconds, int rateCode, const QPoint& globalAnc
     setText(textForTime(seconds, rateCode));
     adjustSize();
     move(globalAnchor.x() - width() / 2, globalAnchor.y() - height() - 4);
-    if (!isVisible()) show();
+    if (isVisible()) return;
+    show();
     raise();
 }
 
