@@ -3,7 +3,6 @@
 #include "model/Timecode.h"
 
 #include <QApplication>
-#include <QPointer>
 
 #include <cmath>
 
@@ -24,15 +23,26 @@ TimeTooltip::TimeTooltip() : QLabel(nullptr, Qt::ToolTip | Qt::FramelessWindowHi
     setFont(mono);
 }
 
-TimeTooltip* TimeTooltip::shared()
+QPointer<TimeTooltip>& TimeTooltip::instance()
 {
     static QPointer<TimeTooltip> tooltip;
+    return tooltip;
+}
+
+TimeTooltip* TimeTooltip::shared()
+{
+    QPointer<TimeTooltip>& tooltip = instance();
     if (!tooltip) {
         tooltip = new TimeTooltip;
         // The application owns it: it goes when the application quits.
-        QObject::connect(qApp, &QCoreApplication::aboutToQuit, tooltip, [] { delete tooltip.data(); });
+        QObject::connect(qApp, &QCoreApplication::aboutToQuit, tooltip, [] { delete instance().data(); });
     }
     return tooltip;
+}
+
+void TimeTooltip::finishShared()
+{
+    if (TimeTooltip* tooltip = instance()) tooltip->finish();
 }
 
 QString TimeTooltip::textForTime(double seconds, int rateCode)

@@ -6,6 +6,7 @@
 
 #include <QLabel>
 #include <QPoint>
+#include <QPointer>
 
 namespace timeline {
 
@@ -13,6 +14,8 @@ class TimeTooltip : public QLabel {
     Q_OBJECT
 public:
     static TimeTooltip* shared();
+    // Hides the shared tooltip if there is one, without making it.
+    static void finishShared();
 
     // Shows the time centred above `globalAnchor` (the dragged point).
     void showTime(double seconds, int rateCode, const QPoint& globalAnchor);
@@ -22,6 +25,7 @@ public:
 
 private:
     TimeTooltip();
+    static QPointer<TimeTooltip>& instance();
 };
 
 }  // namespace timeline

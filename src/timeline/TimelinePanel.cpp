@@ -119,8 +119,6 @@ TimelinePanel::TimelinePanel(QWidget* parent)
     setDocument(nullptr);
 }
 
-TimelinePanel::~TimelinePanel() { view_->cleanUp(); }
-
 void TimelinePanel::setDocument(document::CompositionDocument* document, VLTimelineView::CommandsSource commands)
 {
     if (document) expandFirstAnimatedComponent(*document->composition());

@@ -36,7 +36,6 @@ class TimelinePanel : public QWidget {
     Q_OBJECT
 public:
     explicit TimelinePanel(QWidget* parent = nullptr);
-    ~TimelinePanel() override;
 
     // Shows a document (null detaches) with its first animated component open.
     void setDocument(document::CompositionDocument* document, VLTimelineView::CommandsSource commands = {});

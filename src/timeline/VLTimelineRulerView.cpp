@@ -16,8 +16,8 @@ VLTimelineRulerView::VLTimelineRulerView(Qt::Orientation orientation, VLTimeline
     : QWidget(scrollView), orientation_(orientation), scrollView_(scrollView), contentView_(new VLTimelineRulerContentView(this))
 {
     setObjectName(orientation == Qt::Horizontal ? QStringLiteral("TimeRuler") : QStringLiteral("NameColumn"));
-    setAutoFillBackground(true);
-    setBackgroundRole(QPalette::Window);
+    // The content view fills it all; a background under it would be painted
+    // for nothing on every repaint.
 }
 
 VLTimelineView* VLTimelineRulerView::timelineView() const { return scrollView_ ? scrollView_->timelineView() : nullptr; }
@@ -89,8 +89,11 @@ VLTimelineView* VLTimelneClipView::documentView() const { return scrollView_ ? s
 void VLTimelneClipView::paintEvent(QPaintEvent* event)
 {
     QPainter painter(this);
-    painter.fillRect(event->rect(), palette().color(QPalette::Base));
-    if (VLTimelineView* view = documentView()) view->drawClipInView(painter, this, event->rect());
+    // The document view fills what it draws on; without one the background shows.
+    if (VLTimelineView* view = documentView())
+        view->drawClipInView(painter, this, event->rect());
+    else
+        painter.fillRect(event->rect(), palette().color(QPalette::Base));
 }
 
 void VLTimelneClipView::forward(QMouseEvent* event)

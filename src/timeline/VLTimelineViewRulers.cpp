@@ -97,6 +97,11 @@ void VLTimelineView::updateTimelineRulerPoint(double x, bool waitForSecond)
     double t = timelineGeometry().timeFromPosition(x, true);
     const bool valid = c->validateEditorTimepoint(t);
     if (model::StopFrame* stopFrame = ruler_.stopFrame) {
+        // A stop frame deleted under the mouse is let go.
+        if (stopFrame->isDeleted()) {
+            endRulerGesture();
+            return;
+        }
         stopFrame->setTimepoint(t);
         showTooltip(t, timelineGeometry().xPositionAtTime(t, false), !waitForSecond);
     } else if (valid) {
@@ -224,7 +229,7 @@ void VLTimelineView::keyframeButtonAction(model::Attribute* attribute, int actio
 void VLTimelineView::beginTooltip()
 {
     // Nothing shows until a drag has a time to show.
-    TimeTooltip::shared()->finish();
+    TimeTooltip::finishShared();
 }
 
 void VLTimelineView::showTooltip(double time, double x, bool visible)
@@ -236,6 +241,6 @@ void VLTimelineView::showTooltip(double time, double x, bool visible)
     TimeTooltip::shared()->showTime(time, c->videoResolution().frameRate(), anchor);
 }
 
-void VLTimelineView::finishTooltip() { TimeTooltip::shared()->finish(); }
+void VLTimelineView::finishTooltip() { TimeTooltip::finishShared(); }
 
 }  // namespace timeline

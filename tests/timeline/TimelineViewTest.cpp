@@ -5,6 +5,9 @@
 
 #include "TimelineViewFixture.h"
 
+#include "model/VideoModeCatalogue.h"
+#include "timeline/TimeTooltip.h"
+
 using namespace timeline;
 
 class TimelineViewTest : public TimelineViewFixture {};
@@ -221,4 +224,20 @@ TEST_F(TimelineViewTest, AStructuralChangeEndsADrag)
     dragTo(at(5, 1));
     release(at(5, 1));
     EXPECT_EQ(composition->componentArray().size(), 1u);
+}
+
+TEST_F(TimelineViewTest, TheTooltipShowsTheDraggedTimeAndGoesAtRelease)
+{
+    addComponent(QStringLiteral("C"), 2, 6);
+    press(at(3, 0));
+    dragTo(at(4, 0));
+    TimeTooltip* tooltip = TimeTooltip::shared();
+    EXPECT_TRUE(tooltip->isVisible());
+    EXPECT_EQ(tooltip->text(), QStringLiteral("00:00:03:00")) << "the clip's new start";
+    dragTo(at(4.48, 0));
+    EXPECT_EQ(tooltip->text(), QStringLiteral("00:00:03:12"));
+    release(at(4.48, 0));
+    EXPECT_FALSE(tooltip->isVisible());
+    EXPECT_EQ(TimeTooltip::textForTime(0.5, model::kRate2997), QStringLiteral("00:00:00;14")) << "drop-frame labels";
+    EXPECT_EQ(TimeTooltip::textForTime(-0.04, model::kRate25), QStringLiteral("-00:00:00:01"));
 }
