@@ -12,8 +12,6 @@ double unitWidthForZoom(double sliderValue)
     return std::clamp(sliderValue, 0.0, 1.0) * kUnitWidthRange + kMinimumUnitWidth;
 }
 
-double zoomForUnitWidth(double unitWidth) { return std::clamp((unitWidth - kMinimumUnitWidth) / kUnitWidthRange, 0.0, 1.0); }
-
 int tickStride(double unitWidth, int ticksPerSecond)
 {
     if (!(unitWidth > 0) || ticksPerSecond <= 0) return 1;

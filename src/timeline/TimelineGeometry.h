@@ -40,7 +40,6 @@ enum ClipPart : int { kPartNone = -1, kPartStart = 0, kPartEnd = 1, kPartWhole =
 
 // Pixels per second for a zoom slider value in [0, 1] (clamped).
 double unitWidthForZoom(double sliderValue);
-double zoomForUnitWidth(double unitWidth);
 
 // The tick stride of the time ruler: the step between ticks doubles until it
 // is at least 5 pixels, and the stride grows by one per doubling, not by a

@@ -91,13 +91,4 @@ TimelineHit TimelineRows::hitTest(const TimelineGeometry& g, const QPointF& p) c
     return hit;
 }
 
-TimelineHit TimelineRows::clipPartInRow(const TimelineGeometry& g, const QPointF& p) const
-{
-    const int index = g.rowAt(p.y());
-    const TimelineRow* r = row(index);
-    if (!r || !r->component) return {};
-    const QRectF clip = g.clipRect(r->component->startTime(), r->component->endTime(), index);
-    return {index, r->component, clipPartAt(clip, p.x()), nullptr, 0};
-}
-
 }  // namespace timeline

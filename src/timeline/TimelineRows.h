@@ -66,10 +66,6 @@ public:
     // The clip or keyframe under the point; nothing when the point lies in
     // no clip and no diamond.
     TimelineHit hitTest(const TimelineGeometry& g, const QPointF& p) const;
-    // The clip of the row under the point with the part computed from the
-    // point even outside the clip: left of it is the start edge, right of it
-    // the end (the hit test without the "contains" check).
-    TimelineHit clipPartInRow(const TimelineGeometry& g, const QPointF& p) const;
 
 private:
     std::vector<TimelineRow> rows_;

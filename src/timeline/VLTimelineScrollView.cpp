@@ -26,8 +26,6 @@ VLTimelineScrollView::VLTimelineScrollView(QWidget* parent)
         connect(bar, &QScrollBar::valueChanged, this, &VLTimelineScrollView::updateRulers);
 }
 
-VLTimelneClipView* VLTimelineScrollView::clipView() const { return static_cast<VLTimelneClipView*>(viewport()); }
-
 void VLTimelineScrollView::setTimelineView(VLTimelineView* view)
 {
     view_ = view;

@@ -12,7 +12,6 @@ namespace timeline {
 
 class VLTimelineView;
 class VLTimelineRulerView;
-class VLTimelneClipView;
 
 class VLTimelineScrollView : public QScrollArea {
     Q_OBJECT
@@ -23,7 +22,6 @@ public:
     VLTimelineView* timelineView() const { return view_; }
     VLTimelineRulerView* horizontalRuler() const { return horizontalRuler_; }
     VLTimelineRulerView* verticalRuler() const { return verticalRuler_; }
-    VLTimelneClipView* clipView() const;
     // How far the rows are scrolled.
     QPoint scrollOffset() const;
 

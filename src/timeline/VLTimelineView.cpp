@@ -228,12 +228,6 @@ QSize VLTimelineView::timeAxisSize() const
     return QSize(int(std::ceil(size.width())), int(std::ceil(size.height())));
 }
 
-QRect VLTimelineView::visibleRect() const
-{
-    if (!parentWidget()) return rect();
-    return QRect(-pos(), parentWidget()->size()).intersected(rect());
-}
-
 // Drawing -----------------------------------------------------------------------
 
 TimelineScene VLTimelineView::scene(const TimelineGeometry& geometry, const TimelineRows& rows) const

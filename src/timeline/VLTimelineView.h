@@ -8,8 +8,9 @@
 // It holds the observation of the model, the zoom and the one gesture of a
 // press. Observation callbacks only mark the rows dirty and ask for a
 // repaint; the row list is rebuilt when next needed. The playhead is the
-// composition's editorTimepoint: the view owns no clock. Mouse editing is in
-// VLTimelineViewEditing.cpp, the rulers and keys in VLTimelineViewRulers.cpp.
+// composition's editorTimepoint: the view owns no clock. The mouse on the
+// rows and the keys are in VLTimelineViewEditing.cpp, the rulers' mouse,
+// stop frames and the tooltip in VLTimelineViewRulers.cpp.
 
 #include "timeline/TimelineDrag.h"
 #include "timeline/TimelineGeometry.h"
@@ -77,8 +78,6 @@ public:
     // The scrollable size: duration × unit width + 50, and the rows.
     QSize timeAxisSize() const;
     QSize sizeHint() const override { return timeAxisSize(); }
-    // The part of the view the scroll view shows.
-    QRect visibleRect() const;
 
     // Drawing, called by the thin views with their own painter.
     void drawClipInView(QPainter& painter, QWidget* clipView, const QRect& rect);
@@ -112,7 +111,6 @@ public:
     bool markerSelected() const { return ruler_.markerSelected; }
     model::StopFrame* draggingStopFrame() const;
     int componentMouseOverRow() const { return mouseOverRow_; }
-    int componentLastSelected() const { return lastSelected_; }
     // The cursor of a clip part: edges resize, the clip moves.
     static Qt::CursorShape cursorForDraggingPart(int part);
 
@@ -137,13 +135,11 @@ private:
         bool active = false;
         QPointF clickedPoint;           // view coordinates
         double lastX = 0;               // for the movement of each event
-        Qt::KeyboardModifiers modifiers;
         bool firstEventPending = false;  // the selection step has not run yet
         bool draggingComponent = false;
         int part = kPartNone;
         QPointer<model::QuartzComponent> component;  // the clip pressed
         bool draggingKeyFrames = false;
-        bool draggingMarquee = false;
         double deltaX = 0;              // pixels short of a frame
         QRectF marquee;
         SavedKeyframeSelection savedSelection;

@@ -82,7 +82,6 @@ void VLTimelineView::mousePressEvent(QMouseEvent* event)
     gesture_.active = true;
     gesture_.clickedPoint = event->position();
     gesture_.lastX = event->position().x();
-    gesture_.modifiers = event->modifiers();
     gesture_.firstEventPending = true;
     const TimelineHit hit = rows().hitTest(timelineGeometry(), gesture_.clickedPoint);
     if (hit.isClip()) {
@@ -114,7 +113,6 @@ void VLTimelineView::mouseMoveEvent(QMouseEvent* event)
                             : gesture_.part == kPartWhole ? tr("Move Clip")
                                                           : tr("Trim Clip"));
     if (!gesture_.draggingComponent && !gesture_.draggingKeyFrames) {
-        gesture_.draggingMarquee = true;
         updateDraggingMarquee(event->position(), event->modifiers());
         return;
     }

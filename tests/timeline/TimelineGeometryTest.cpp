@@ -22,7 +22,6 @@ TEST(TimelineGeometry, TheSliderRunsFrom25To300PixelsASecond)
     EXPECT_DOUBLE_EQ(unitWidthForZoom(0.5), 162.5);
     EXPECT_DOUBLE_EQ(unitWidthForZoom(-3), 25) << "out of range is clamped";
     EXPECT_DOUBLE_EQ(unitWidthForZoom(7), 300);
-    for (double slider : {0.0, 0.25, 1.0}) EXPECT_DOUBLE_EQ(zoomForUnitWidth(unitWidthForZoom(slider)), slider);
 }
 
 TEST(TimelineGeometry, PositionsInTheRowsAndInTheRuler)
@@ -154,9 +153,6 @@ TEST_F(TimelineRowsTest, HitTestingFindsClipsWithTheirPartAndKeyframes)
     EXPECT_EQ(rows.hitTest(g, QPointF(399, 10)).part, kPartEnd);
     EXPECT_FALSE(rows.hitTest(g, QPointF(50, 10)).isClip()) << "outside the clip nothing is hit";
     EXPECT_FALSE(rows.hitTest(g, QPointF(403, 10)).isClip()) << "the right edge belongs to the next pixel";
-    // The same row without the "contains" check still names a part.
-    EXPECT_EQ(rows.clipPartInRow(g, QPointF(50, 10)).part, kPartStart);
-    EXPECT_EQ(rows.clipPartInRow(g, QPointF(900, 10)).part, kPartEnd);
 
     hit = rows.hitTest(g, QPointF(203, 30));
     EXPECT_TRUE(hit.isKeyframe());

@@ -25,6 +25,8 @@ TEST_F(TimelinePanelTest, TheFrontMostAnimatedComponentOpensWithTheDocument)
     EXPECT_FALSE(back->expanded()) << "one only, so a large template's rows stay few";
     EXPECT_EQ(view()->rows().count(), 3 + int(front->children().size()));
     EXPECT_EQ(expandFirstAnimatedComponent(*composition), front);
+    EXPECT_TRUE(qobject_cast<VLTimelneClipView*>(panel.scrollView()->viewport())) << "the rows' background view";
+    EXPECT_EQ(panel.scrollView()->widget(), view());
 }
 
 TEST_F(TimelinePanelTest, TheTimecodeFieldFollowsAndSetsThePlayhead)
