@@ -14,6 +14,7 @@
 #include "model/Composition.h"
 #include "model/NotificationHelper.h"
 #include "model/Timecode.h"
+#include "timeline/TimelinePanel.h"
 
 #include <QAction>
 #include <QCloseEvent>
@@ -93,6 +94,7 @@ void VLWindowController::attachDocument()
             return saveDocument();
         });
     view_->setDocument(document_.get());
+    timelinePanel_->setDocument(document_.get(), [this] { return commands_.get(); });
     observeDocument();
     undoConnection_ = connect(&document_->store().undoManager(), &model::UndoManager::changed, this,
                               &VLWindowController::updateUndoActions);
@@ -109,6 +111,7 @@ void VLWindowController::detachDocument()
     if (undoConnection_) disconnect(undoConnection_);
     undoConnection_ = {};
     view_->setDocument(nullptr);
+    timelinePanel_->setDocument(nullptr);
     commands_.reset();
 }
 

@@ -1,6 +1,6 @@
 #pragma once
 // One document window: the canvas with its rulers in the middle above the
-// timeline's place, the toolbar above them, the inspector and the library
+// timeline, the toolbar above them, the inspector and the library
 // as dock panels, the menus that run the document's commands, and the
 // status line with the playhead's timecode. The window owns its document;
 // closing it always asks whether to save, since a template counts as edited
@@ -28,6 +28,10 @@ class VLMainToolbar;
 class VLZoomScrollView;
 }  // namespace canvas
 
+namespace timeline {
+class TimelinePanel;
+}
+
 namespace app {
 
 class CompositionDocumentsController;
@@ -51,7 +55,7 @@ public:
     canvas::VLZoomScrollView* scrollView() const { return scrollView_; }
     canvas::VLMainToolbar* mainToolbar() const { return toolbar_; }
     QSplitter* splitter() const { return splitter_; }
-    QWidget* timelinePlaceholder() const { return timelinePlaceholder_; }
+    timeline::TimelinePanel* timelinePanel() const { return timelinePanel_; }
     QDockWidget* inspectorDock() const { return inspectorDock_; }
     QDockWidget* libraryDock() const { return libraryDock_; }
     VLLibraryController* library() const { return library_; }
@@ -120,7 +124,7 @@ private:
     canvas::VLZoomScrollView* scrollView_;
     canvas::VLMainToolbar* toolbar_;
     QSplitter* splitter_;
-    QWidget* timelinePlaceholder_;
+    timeline::TimelinePanel* timelinePanel_;
     QDockWidget* inspectorDock_;
     QDockWidget* libraryDock_;
     VLLibraryController* library_;

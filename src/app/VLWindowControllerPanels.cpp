@@ -1,4 +1,4 @@
-// The document window's layout: the canvas above the timeline's place in a
+// The document window's layout: the canvas above the timeline in a
 // splitter, the inspector and the library as dock panels, and the
 // arrangement remembered between windows.
 
@@ -8,6 +8,7 @@
 
 #include "canvas/VLZoomScrollView.h"
 #include "model/Settings.h"
+#include "timeline/TimelinePanel.h"
 
 #include <QDockWidget>
 #include <QFileInfo>
@@ -21,20 +22,6 @@ namespace {
 
 const QString kMainWindowState = QStringLiteral("mainWindow");
 const QString kSplitterState = QStringLiteral("splitter");
-
-// Holds the timeline's place at the height the timeline will start with;
-// the splitter gives it that height and the canvas the rest.
-class TimelinePlaceholder : public QWidget {
-public:
-    TimelinePlaceholder()
-    {
-        setObjectName(QStringLiteral("timelinePlaceholder"));
-        setMinimumHeight(60);
-        setAutoFillBackground(true);
-        setBackgroundRole(QPalette::Base);
-    }
-    QSize sizeHint() const override { return QSize(400, 160); }
-};
 
 QDockWidget* makeDock(QMainWindow* window, const QString& name, const QString& title, QWidget* content)
 {
@@ -51,9 +38,11 @@ void VLWindowController::buildPanels()
     splitter_ = new QSplitter(Qt::Vertical, this);
     splitter_->setObjectName(QStringLiteral("documentSplitter"));
     splitter_->setChildrenCollapsible(false);
-    timelinePlaceholder_ = new TimelinePlaceholder;
+    // The splitter gives the timeline the height it asks for, the canvas the rest.
+    timelinePanel_ = new timeline::TimelinePanel;
+    timelinePanel_->setMinimumHeight(90);
     splitter_->addWidget(scrollView_);
-    splitter_->addWidget(timelinePlaceholder_);
+    splitter_->addWidget(timelinePanel_);
     splitter_->setStretchFactor(0, 1);
     splitter_->setStretchFactor(1, 0);
     setCentralWidget(splitter_);

@@ -308,21 +308,30 @@ double Attribute::adjustTimepointsBy(double delta, bool onlySelected)
         }
         for (float k : std::as_const(keys)) v.remove(k);
         for (auto it = shifted.begin(); it != shifted.end(); ++it) v.insert(it.key(), it.value());
-        // The selection follows the keyframes, also when the move is undone.
-        const QList<float> oldSelection = selectedTimepoints_;
-        if (store()) {
-            QPointer<Attribute> self(this);
-            store()->undoManager().registerUndoForWrite(this, QStringLiteral("selectedTimepoints"), [self, oldSelection] {
-                if (self) self->selectedTimepoints_ = oldSelection;
-            });
-        }
-        for (float k : std::as_const(keys)) selectedTimepoints_.removeAll(k);
-        selectedTimepoints_.append(newSelection);
+        // The selection follows the keyframes, also when the move is undone
+        // or redone.
+        QList<float> selection = selectedTimepoints_;
+        for (float k : std::as_const(keys)) selection.removeAll(k);
+        selection.append(newSelection);
+        restoreSelectedTimepoints(selection);
         setValues(v);
     }
     QList<float> after = sortedKeyFrames();
     if (onlySelected) after.removeIf([this](float k) { return !isTimePointSelected(k); });
     return after.isEmpty() ? 0.0 : double(after.first());
+}
+
+void Attribute::restoreSelectedTimepoints(const QList<float>& selection)
+{
+    if (store()) {
+        // Restoring registers the way back, so undo and redo both carry it.
+        QPointer<Attribute> self(this);
+        store()->undoManager().registerUndoForWrite(this, QStringLiteral("selectedTimepoints"),
+                                                    [self, old = selectedTimepoints_] {
+                                                        if (self) self->restoreSelectedTimepoints(old);
+                                                    });
+    }
+    selectedTimepoints_ = selection;
 }
 
 double Attribute::previousTimePoint(double t) const

@@ -110,6 +110,8 @@ public:
 
 private:
     QVariant interpolateBetween(const QVariant& a, float t0, const QVariant& b, float t1, double time) const;
+    // Sets the keyframe selection as a step of the open undo group.
+    void restoreSelectedTimepoints(const QList<float>& selection);
     static int valuesIndex();
     static int animateableIndex();
     static int typeIndex();

@@ -318,6 +318,15 @@ void QuartzComponent::setSelected(bool selected)
     needsUpdate_ = true;
 }
 
+void QuartzComponent::setExpanded(bool on)
+{
+    // Announced so the timeline lays its rows out again.
+    if (on == expanded_) return;
+    willChangeValueForKey(QStringLiteral("expanded"));
+    expanded_ = on;
+    didChangeValueForKey(QStringLiteral("expanded"));
+}
+
 void QuartzComponent::setZLevel(quint32 level)
 {
     setStoredValue(QStringLiteral("zLevel"), level);

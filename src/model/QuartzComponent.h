@@ -126,8 +126,9 @@ public:
     void setSelected(bool selected);
     bool needsUpdate() const { return needsUpdate_; }
     void setNeedsUpdate(bool on) { needsUpdate_ = on; }
+    // Whether the timeline shows the attribute rows; editor state, not stored.
     bool expanded() const { return expanded_; }
-    void setExpanded(bool on) { expanded_ = on; }
+    void setExpanded(bool on);
     int permissionToMove() const;
     void setPermissionToMove(int state);
     int permissionToResize() const;

@@ -34,6 +34,32 @@ void magnifier(QPainter& p, const ArtworkInk& ink, bool plus)
     if (plus) p.drawLine(QPointF(10, 7), QPointF(10, 13));
 }
 
+// A diamond filling the middle of the grid, hollow or filled.
+void diamond(QPainter& p, const ArtworkInk& ink, bool filled)
+{
+    p.setPen(QPen(filled ? ink.accent : ink.line, 1.8, Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin));
+    p.setBrush(filled ? QBrush(ink.accent) : QBrush(Qt::NoBrush));
+    p.drawPolygon(QPolygonF({QPointF(12, 4), QPointF(20, 12), QPointF(12, 20), QPointF(4, 12)}));
+}
+
+// A triangle pointing down from the top, as stop frames are drawn.
+void stopFrame(QPainter& p, const ArtworkInk& ink, bool filled)
+{
+    p.setPen(QPen(filled ? ink.accent : ink.line, 1.8, Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin));
+    p.setBrush(filled ? QBrush(ink.accent) : QBrush(Qt::NoBrush));
+    p.drawPolygon(QPolygonF({QPointF(4, 6), QPointF(20, 6), QPointF(12, 19)}));
+}
+
+void disclosure(QPainter& p, const ArtworkInk& ink, bool open)
+{
+    p.setPen(Qt::NoPen);
+    p.setBrush(ink.line);
+    if (open)
+        p.drawPolygon(QPolygonF({QPointF(5, 8), QPointF(19, 8), QPointF(12, 17)}));
+    else
+        p.drawPolygon(QPolygonF({QPointF(8, 5), QPointF(17, 12), QPointF(8, 19)}));
+}
+
 const std::map<QString, ArtworkDrawing>& drawings()
 {
     static const std::map<QString, ArtworkDrawing> table = {
@@ -63,6 +89,14 @@ const std::map<QString, ArtworkDrawing>& drawings()
              triangle(p, i.line, 11, 7, true);
              upright(p, i.line, 18);
          }},
+        {QStringLiteral("DiscloseClosed"), [](QPainter& p, const ArtworkInk& i) { disclosure(p, i, false); }},
+        {QStringLiteral("DiscloseOpen"), [](QPainter& p, const ArtworkInk& i) { disclosure(p, i, true); }},
+        {QStringLiteral("PreviousKeyframe"), [](QPainter& p, const ArtworkInk& i) { triangle(p, i.line, 6, 11, false); }},
+        {QStringLiteral("NextKeyframe"), [](QPainter& p, const ArtworkInk& i) { triangle(p, i.line, 7, 11, true); }},
+        {QStringLiteral("AddKeyframe"), [](QPainter& p, const ArtworkInk& i) { diamond(p, i, false); }},
+        {QStringLiteral("RemoveKeyframe"), [](QPainter& p, const ArtworkInk& i) { diamond(p, i, true); }},
+        {QStringLiteral("AddStopFrame"), [](QPainter& p, const ArtworkInk& i) { stopFrame(p, i, false); }},
+        {QStringLiteral("RemoveStopFrame"), [](QPainter& p, const ArtworkInk& i) { stopFrame(p, i, true); }},
     };
     return table;
 }
@@ -73,7 +107,11 @@ QStringList TimelineArtwork::names()
 {
     // In the order the buttons sit under the timeline.
     return {QStringLiteral("ZoomIn"), QStringLiteral("ZoomOut"), QStringLiteral("Start"), QStringLiteral("FrameBack"),
-            QStringLiteral("Play"), QStringLiteral("Stop"), QStringLiteral("FrameForwards"), QStringLiteral("End")};
+            QStringLiteral("Play"), QStringLiteral("Stop"), QStringLiteral("FrameForwards"), QStringLiteral("End"),
+            // The rows' disclosure triangles and the keyframe and stop-frame buttons.
+            QStringLiteral("DiscloseClosed"), QStringLiteral("DiscloseOpen"), QStringLiteral("PreviousKeyframe"),
+            QStringLiteral("NextKeyframe"), QStringLiteral("AddKeyframe"), QStringLiteral("RemoveKeyframe"),
+            QStringLiteral("AddStopFrame"), QStringLiteral("RemoveStopFrame")};
 }
 
 QIcon TimelineArtwork::timelineImageWithName(const QString& name)

@@ -1,7 +1,10 @@
 #pragma once
 // The timeline's transport and zoom buttons, drawn in code like the
 // toolbar's icons: "ZoomIn", "ZoomOut", "Start", "FrameBack", "Play",
-// "Stop", "FrameForwards", "End".
+// "Stop", "FrameForwards", "End"; the rows' "DiscloseClosed" and
+// "DiscloseOpen"; and the control buttons' "PreviousKeyframe",
+// "NextKeyframe", "AddKeyframe", "RemoveKeyframe", "AddStopFrame",
+// "RemoveStopFrame" (hollow: add one, filled: there is one to remove).
 
 #include <QIcon>
 #include <QString>

@@ -1,4 +1,4 @@
-// The document window's layout: canvas above the timeline's place, the
+// The document window's layout: canvas above the timeline, the
 // inspector and library panels with their View menu items, the title, and
 // the arrangement remembered for the next window.
 
@@ -9,6 +9,7 @@
 #include "canvas/VLZoomScrollView.h"
 #include "document/CompositionDocument.h"
 #include "model/Composition.h"
+#include "timeline/TimelinePanel.h"
 
 #include <QDockWidget>
 #include <QLabel>
@@ -19,7 +20,7 @@ using model::Settings;
 
 class DocumentWindowLayoutTest : public AppFixture {};
 
-TEST_F(DocumentWindowLayoutTest, TheCanvasSitsAboveTheTimelinesPlace)
+TEST_F(DocumentWindowLayoutTest, TheCanvasSitsAboveTheTimeline)
 {
     QSplitter* splitter = window->splitter();
     ASSERT_TRUE(splitter);
@@ -27,13 +28,13 @@ TEST_F(DocumentWindowLayoutTest, TheCanvasSitsAboveTheTimelinesPlace)
     EXPECT_EQ(splitter->orientation(), Qt::Vertical);
     ASSERT_EQ(splitter->count(), 2);
     EXPECT_EQ(splitter->widget(0), window->scrollView());
-    EXPECT_EQ(splitter->widget(1)->objectName(), QStringLiteral("timelinePlaceholder"));
-    EXPECT_EQ(splitter->widget(1), window->timelinePlaceholder());
+    EXPECT_EQ(splitter->widget(1)->objectName(), QStringLiteral("timelinePanel"));
+    EXPECT_EQ(splitter->widget(1), window->timelinePanel());
     ASSERT_TRUE(QTest::qWaitForWindowExposed(window));
     // The canvas takes the room; the timeline starts at its own height.
     window->resize(1200, 900);
     QCoreApplication::processEvents();
-    EXPECT_EQ(window->timelinePlaceholder()->height(), 160);
+    EXPECT_EQ(window->timelinePanel()->height(), window->timelinePanel()->sizeHint().height());
     EXPECT_GT(window->scrollView()->height(), 300);
 }
 

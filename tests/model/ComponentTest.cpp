@@ -175,3 +175,18 @@ TEST_F(ComponentTest, PastedComponentsGetFreshAttributes)
     EXPECT_DOUBLE_EQ(original->originX(), 5.0) << "the copy shares nothing with the original";
     EXPECT_EQ(copy->composition(), composition);
 }
+
+TEST_F(ComponentTest, ExpandingIsAnnouncedOnceAndRecordsNoUndo)
+{
+    QuartzComponent* c = addComponent(QStringLiteral("C"));
+    store.undoManager().removeAllActions();
+    int heard = 0;
+    c->observe(QStringLiteral("expanded"), [&](ManagedObject*, const QString&) { ++heard; });
+    c->setExpanded(true);
+    c->setExpanded(true);
+    EXPECT_TRUE(c->expanded());
+    EXPECT_EQ(heard, 1) << "only a change is announced";
+    c->setExpanded(false);
+    EXPECT_EQ(heard, 2);
+    EXPECT_FALSE(store.undoManager().canUndo()) << "opening a component in the timeline is not an edit";
+}

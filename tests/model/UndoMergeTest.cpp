@@ -107,6 +107,10 @@ TEST_F(UndoMergeTest, KeyframeMovesKeepTheirFirstStateAndSelection)
     EXPECT_FALSE(x->isTimePointSelected(3.0));
     store.undoManager().redo();
     EXPECT_EQ(x->values(), moved);
+    EXPECT_TRUE(x->isTimePointSelected(3.0)) << "redo brings the selection along";
+    EXPECT_FALSE(x->isTimePointSelected(2.0));
+    store.undoManager().undo();
+    EXPECT_TRUE(x->isTimePointSelected(2.0)) << "and a second undo takes it back again";
 }
 
 TEST_F(UndoMergeTest, WritesInSeparateGroupsStaySeparateSteps)

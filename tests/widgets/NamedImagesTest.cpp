@@ -15,6 +15,8 @@ const QStringList kNames = {
     "ToolbarDistributeRight", "ToolbarDistributeTop",    "ToolbarDistributeVCenter", "ToolbarDistributeBottom",
     "TimelineZoomIn",        "TimelineZoomOut",          "TimelineStart",          "TimelineFrameBack",
     "TimelinePlay",          "TimelineStop",             "TimelineFrameForwards",  "TimelineEnd",
+    "TimelineDiscloseClosed", "TimelineDiscloseOpen",    "TimelinePreviousKeyframe", "TimelineNextKeyframe",
+    "TimelineAddKeyframe",   "TimelineRemoveKeyframe",   "TimelineAddStopFrame",   "TimelineRemoveStopFrame",
 };
 
 int paintedPixels(const QPixmap& pixmap)

@@ -1,0 +1,4 @@
+// Every timeline test process keeps its preferences to itself.
+#include "../support/SettingsSandbox.h"
+
+static auto* const sandbox = ::testing::AddGlobalTestEnvironment(new SettingsSandbox);
