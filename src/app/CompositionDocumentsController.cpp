@@ -4,6 +4,7 @@
 #include "app/VLWindowController.h"
 #include "app/VideoModeItems.h"
 #include "document/CompositionDocument.h"
+#include "document/DocumentJournal.h"
 #include "model/VideoModeCatalogue.h"
 #include "model/VideoResolution.h"
 
@@ -13,6 +14,7 @@
 #include <QLoggingCategory>
 #include <QMenu>
 #include <QMessageBox>
+#include <QPushButton>
 
 namespace app {
 
@@ -59,6 +61,7 @@ VLWindowController* CompositionDocumentsController::newDocumentWithMode(const QS
     if (!resolution.isValid()) resolution = model::VideoResolution(model::VideoModeCatalogue::defaultModeName());
     if (!resolution.isValid()) return nullptr;
     auto document = document::CompositionDocument::emptyDocumentWithResolution(resolution);
+    if (crashRecovery_) document->enableJournal();
     return show(new VLWindowController(std::move(document), nextUntitledName(), this));
 }
 
@@ -92,7 +95,69 @@ VLWindowController* CompositionDocumentsController::openDocument(const QString& 
         }
         return nullptr;
     }
+    if (crashRecovery_) {
+        offerRecovery(*document);
+        document->enableJournal();
+    }
     return show(new VLWindowController(std::move(document), QString(), this));
+}
+
+CompositionDocumentsController::RecoveryAnswer CompositionDocumentsController::askToRecover(const QString& documentName,
+                                                                                            int changes)
+{
+    if (recoveryQuestion_) return recoveryQuestion_(documentName, changes);
+    QMessageBox box(QMessageBox::Question, tr("Recover unsaved changes?"), tr("Recover unsaved changes?"),
+                    QMessageBox::NoButton);
+    box.setInformativeText(tr("Velloran stopped before “%1” was saved. %n change(s) made after the last save can be "
+                              "recovered.", nullptr, changes).arg(documentName));
+    QPushButton* recover = box.addButton(tr("Recover"), QMessageBox::AcceptRole);
+    box.addButton(tr("Discard"), QMessageBox::DestructiveRole);
+    box.setDefaultButton(recover);
+    box.exec();
+    return box.clickedButton() == recover ? RecoveryAnswer::Recover : RecoveryAnswer::Discard;
+}
+
+void CompositionDocumentsController::offerRecovery(document::CompositionDocument& document)
+{
+    const document::JournalStatus status = document::DocumentJournal::statusForPackage(document.fileURL());
+    if (status.records == 0) return;
+    if (status.baseChanged) {
+        // Made on an older save of the package: they would not fit.
+        qCWarning(lcDocuments).noquote() << QStringLiteral("Dropping the journal %1: %2 was saved after it").arg(status.path, document.fileURL());
+        document::DocumentJournal::discard(status.path);
+        return;
+    }
+    const QString name = QFileInfo(document.fileURL()).completeBaseName();
+    if (askToRecover(name, status.records) == RecoveryAnswer::Discard) {
+        document::DocumentJournal::discard(status.path);
+        return;
+    }
+    QString error;
+    if (!document.recoverFromJournal(status, &error))
+        qCWarning(lcDocuments).noquote() << QStringLiteral("Could not recover %1: %2").arg(name, error);
+}
+
+void CompositionDocumentsController::offerRecoveryAtStart()
+{
+    if (!crashRecovery_) return;
+    for (const document::JournalStatus& status : document::DocumentJournal::pendingJournals()) {
+        if (!status.document.isEmpty()) {
+            // Opening it offers its journal.
+            if (QFileInfo::exists(status.document)) openDocument(status.document);
+            continue;
+        }
+        if (askToRecover(tr("Untitled"), status.records) == RecoveryAnswer::Discard) {
+            document::DocumentJournal::discard(status.path);
+            continue;
+        }
+        QString error;
+        auto document = document::CompositionDocument::recoverUntitled(status, &error);
+        if (!document) {
+            qCWarning(lcDocuments).noquote() << QStringLiteral("Could not recover %1: %2").arg(status.path, error);
+            continue;
+        }
+        show(new VLWindowController(std::move(document), nextUntitledName(), this));
+    }
 }
 
 void CompositionDocumentsController::openDocumentWithPanel(QWidget* parent)

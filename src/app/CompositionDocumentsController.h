@@ -8,6 +8,7 @@
 #include <QPointer>
 #include <QString>
 
+#include <functional>
 #include <memory>
 #include <vector>
 
@@ -16,6 +17,9 @@ class QWidget;
 
 namespace model {
 class VideoResolution;
+}
+namespace document {
+class CompositionDocument;
 }
 
 namespace app {
@@ -52,7 +56,20 @@ public:
 
     std::vector<VLWindowController*> windows() const;
 
+    // Crash recovery: every document keeps a journal, and a journal a crash
+    // left behind is offered when its document opens, or at start for one
+    // never saved. Off unless asked for (screenshots and tests ask nobody).
+    enum class RecoveryAnswer { Recover, Discard };
+    using RecoveryQuestion = std::function<RecoveryAnswer(const QString& documentName, int changes)>;
+    void setCrashRecovery(bool on) { crashRecovery_ = on; }
+    void setRecoveryQuestion(RecoveryQuestion question) { recoveryQuestion_ = std::move(question); }
+    // Offers the journals of documents never saved; those of saved documents
+    // are offered when the documents open (they are opened here).
+    void offerRecoveryAtStart();
+
 private:
+    void offerRecovery(document::CompositionDocument& document);
+    RecoveryAnswer askToRecover(const QString& documentName, int changes);
     VLWindowController* show(VLWindowController* window);
     QString nextUntitledName();
 
@@ -60,6 +77,8 @@ private:
     std::vector<QPointer<QMenu>> newDocumentMenus_;
     std::unique_ptr<VLPreferencesController> preferences_;
     int untitledCount_ = 0;
+    bool crashRecovery_ = false;
+    RecoveryQuestion recoveryQuestion_;
 };
 
 }  // namespace app

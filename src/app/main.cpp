@@ -93,6 +93,8 @@ int main(int argc, char** argv)
         return 2;
     }
 
+    controller.setCrashRecovery(true);
+    controller.offerRecoveryAtStart();
     for (const QString& path : parser.positionalArguments()) controller.openDocument(path);
     if (controller.windows().empty()) controller.newDocument();
     if (controller.windows().empty()) return 1;

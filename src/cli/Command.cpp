@@ -18,7 +18,8 @@ const std::vector<Command>& commands()
          "doc export DOC.composition OUT.qtz [--background]\n"
          "doc apply DOC.composition EDITS.json [--dump] [--dry-run]\n"
          "doc dump DOC.composition [--time S]\n"
-         "doc repair DOC.composition",
+         "doc repair DOC.composition\n"
+         "doc recover DOC.composition [--apply|--discard]",
          runDocCommand},
     };
     return all;

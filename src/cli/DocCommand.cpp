@@ -8,6 +8,7 @@
 #include "document/ComponentDrop.h"
 #include "document/CompositionDocument.h"
 #include "document/CompositionExport.h"
+#include "document/DocumentJournal.h"
 #include "model/Composition.h"
 #include "model/StoreFile.h"
 #include "model/VideoModeCatalogue.h"
@@ -206,6 +207,41 @@ int runRepair(const QStringList& args, Streams& io)
     return save(*document, io);
 }
 
+// What a crash left in the document's journal: listed, applied and saved,
+// or dropped.
+int runRecover(const QStringList& arguments, Streams& io)
+{
+    QStringList args = arguments;
+    QSet<QString> flags;
+    if (!takeFlags(args, {"--apply", "--discard"}, flags) || args.size() != 1 || flags.size() > 1)
+        return usage(io, QStringLiteral("doc recover needs one document and takes --apply or --discard"));
+    if (!QFileInfo(args[0]).isDir()) return failure(io, QStringLiteral("no document %1").arg(args[0]));
+    const document::JournalStatus status = document::DocumentJournal::statusForPackage(args[0]);
+    if (flags.contains(QStringLiteral("--discard"))) {
+        document::DocumentJournal::discard(status.path);
+        printJson(io, QJsonObject{{QStringLiteral("discarded"), status.records}});
+        return kSuccess;
+    }
+    if (!flags.contains(QStringLiteral("--apply"))) {
+        printJson(io, QJsonObject{{QStringLiteral("journal"), status.path},
+                                  {QStringLiteral("records"), status.records},
+                                  {QStringLiteral("problem"), status.problem},
+                                  {QStringLiteral("savedSince"), status.baseChanged},
+                                  {QStringLiteral("recoverable"), status.recoverable()}});
+        return kSuccess;
+    }
+    if (!status.recoverable())
+        return failure(io, status.baseChanged ? QStringLiteral("%1 was saved after the changes in its journal were made").arg(args[0])
+                                              : QStringLiteral("%1 has no changes to recover").arg(args[0]));
+    auto document = openDocument(args[0], io);
+    if (!document) return kFailure;
+    QString error;
+    if (!document->recoverFromJournal(status, &error)) return failure(io, QStringLiteral("cannot recover %1: %2").arg(args[0], error));
+    if (const int result = save(*document, io); result != kSuccess) return result;
+    printJson(io, QJsonObject{{QStringLiteral("applied"), status.records}});
+    return kSuccess;
+}
+
 }  // namespace
 
 int runDocCommand(const QStringList& args, Streams& io)
@@ -220,6 +256,7 @@ int runDocCommand(const QStringList& args, Streams& io)
     if (sub == QLatin1String("apply")) return runApply(rest, io);
     if (sub == QLatin1String("dump")) return runDump(rest, io);
     if (sub == QLatin1String("repair")) return runRepair(rest, io);
+    if (sub == QLatin1String("recover")) return runRecover(rest, io);
     return usage(io, QStringLiteral("unknown subcommand '%1'").arg(sub));
 }
 

@@ -5,9 +5,11 @@
 #include "../support/ComponentFiles.h"
 
 #include "document/CompositionDocument.h"
+#include "document/DocumentJournal.h"
 #include "model/Composition.h"
 #include "runtime/Composition.h"
 
+#include <QCoreApplication>
 #include <QCryptographicHash>
 #include <QDir>
 #include <QFile>
@@ -309,6 +311,48 @@ TEST_F(DocCommandTest, RepairDropsWhatCannotBeReadAndKeepsTheRest)
     EXPECT_TRUE(parseObject(r.out).value(QLatin1String("dropped")).toArray().isEmpty()) << "a sound document loses nothing";
     EXPECT_EQ(runCli({QStringLiteral("doc"), QStringLiteral("repair")}).code, 2);
     EXPECT_EQ(runCli({QStringLiteral("doc"), QStringLiteral("repair"), dir.filePath(QStringLiteral("None.composition"))}).code, 1);
+}
+
+TEST_F(DocCommandTest, RecoverListsAppliesAndDiscardsWhatACrashLeft)
+{
+    QTemporaryDir journals;
+    document::DocumentJournal::setFolderForTesting(journals.path());
+    ASSERT_EQ(runCli({QStringLiteral("doc"), QStringLiteral("new"), doc}).code, 0);
+    auto leaveJournal = [&](double duration) {
+        QString error;
+        auto opened = document::CompositionDocument::open(doc, &error);
+        ASSERT_TRUE(opened) << error.toStdString();
+        opened->enableJournal();
+        opened->composition()->setDuration(duration);
+        QCoreApplication::processEvents();
+        opened->journal()->flush();
+        const QString path = opened->journal()->journalPath();
+        ASSERT_TRUE(QFile::copy(path, path + QStringLiteral(".kept")));
+        opened.reset();  // a normal close drops the journal; the copy stands for a crash
+        ASSERT_TRUE(QFile::rename(path + QStringLiteral(".kept"), path));
+    };
+    leaveJournal(23);
+    CliResult r = runCli({QStringLiteral("doc"), QStringLiteral("recover"), doc});
+    ASSERT_EQ(r.code, 0) << r.err.toStdString();
+    EXPECT_EQ(parseObject(r.out).value(QLatin1String("records")).toInt(), 1);
+    EXPECT_TRUE(parseObject(r.out).value(QLatin1String("recoverable")).toBool());
+    EXPECT_EQ(dump().value(QLatin1String("duration")).toDouble(), 10.0) << "listing changes nothing";
+
+    r = runCli({QStringLiteral("doc"), QStringLiteral("recover"), doc, QStringLiteral("--apply")});
+    ASSERT_EQ(r.code, 0) << r.err.toStdString();
+    EXPECT_EQ(dump().value(QLatin1String("duration")).toDouble(), 23.0);
+    EXPECT_EQ(runCli({QStringLiteral("doc"), QStringLiteral("recover"), doc, QStringLiteral("--apply")}).code, 1)
+        << "applied and saved: nothing left";
+
+    leaveJournal(5);
+    r = runCli({QStringLiteral("doc"), QStringLiteral("recover"), doc, QStringLiteral("--discard")});
+    ASSERT_EQ(r.code, 0);
+    EXPECT_EQ(parseObject(runCli({QStringLiteral("doc"), QStringLiteral("recover"), doc}).out).value(QLatin1String("records")).toInt(), 0);
+    EXPECT_EQ(dump().value(QLatin1String("duration")).toDouble(), 23.0);
+
+    EXPECT_EQ(runCli({QStringLiteral("doc"), QStringLiteral("recover"), doc, QStringLiteral("--apply"), QStringLiteral("--discard")}).code, 2);
+    EXPECT_EQ(runCli({QStringLiteral("doc"), QStringLiteral("recover"), dir.filePath(QStringLiteral("None.composition"))}).code, 1);
+    document::DocumentJournal::setFolderForTesting({});
 }
 
 TEST_F(DocCommandTest, ExportAndRenderPlayTheTemplate)

@@ -22,6 +22,8 @@ public:
         ASSERT_TRUE(folder_->isValid());
         QSettings::setPath(QSettings::NativeFormat, QSettings::UserScope, folder_->path());
         QSettings::setPath(QSettings::IniFormat, QSettings::UserScope, folder_->path());
+        // Crash journals too stay in the test's own folder.
+        qputenv("XDG_STATE_HOME", folder_->path().toUtf8());
     }
     void TearDown() override { folder_.reset(); }
 
