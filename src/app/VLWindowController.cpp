@@ -3,6 +3,7 @@
 #include "app/CompositionDocumentsController.h"
 #include "app/VLLibraryController.h"
 #include "canvas/AlertSheet.h"
+#include "document/FieldSchema.h"
 #include "canvas/CompositionView.h"
 #include "canvas/VLMainToolbar.h"
 #include "canvas/VLZoomScrollView.h"
@@ -214,8 +215,25 @@ bool VLWindowController::exportDocumentTo(const QString& path)
     return true;
 }
 
+bool VLWindowController::exportFieldSchemaTo(const QString& path)
+{
+    QString error;
+    if (!document::writeFieldSchema(*document_->composition(), displayName(), path, &error)) {
+        showError(tr("The field schema could not be exported."), tr("Writing “%1” failed: %2").arg(QDir::toNativeSeparators(path), error));
+        return false;
+    }
+    return true;
+}
+
 QString VLWindowController::choosePath(VLWindowController& window, const QString& kind)
 {
+    if (kind == QLatin1String("gdd")) {
+        const QString directory = window.document()->fileURL().isEmpty() ? QDir::homePath()
+                                                                        : QFileInfo(window.document()->fileURL()).absolutePath();
+        return QFileDialog::getSaveFileName(&window, tr("Export Field Schema"),
+                                            directory + QLatin1Char('/') + window.displayName() + QStringLiteral(".gdd.json"),
+                                            tr("Field Schema (*.gdd.json *.json)"));
+    }
     const bool package = kind == QLatin1String("composition");
     const QString directory = window.document()->fileURL().isEmpty()
                                   ? QDir::homePath()

@@ -73,6 +73,8 @@ public:
     bool saveDocumentTo(const QString& packagePath);
     void revertDocumentToSaved();
     bool exportDocumentTo(const QString& path);
+    // The operator's fields as a Graphics Data Definition (JSON).
+    bool exportFieldSchemaTo(const QString& path);
 
     void setCloseQuestion(CloseQuestion question) { closeQuestion_ = std::move(question); }
     void setPathChooser(PathChooser chooser) { pathChooser_ = std::move(chooser); }

@@ -79,6 +79,10 @@ void VLWindowController::buildFileMenu()
         const QString path = pathChooser_ ? pathChooser_(*this, QStringLiteral("qtz")) : QString();
         if (!path.isEmpty()) exportDocumentTo(path);
     });
+    addCommand(menu, QStringLiteral("exportFieldSchema"), tr("Export Field Schema…"), {}, [this] {
+        const QString path = pathChooser_ ? pathChooser_(*this, QStringLiteral("gdd")) : QString();
+        if (!path.isEmpty()) exportFieldSchemaTo(path);
+    });
     menu->addSeparator();
     addCommand(menu, QStringLiteral("quit"), tr("&Quit"), QKeySequence::Quit, [] { QApplication::closeAllWindows(); });
 }

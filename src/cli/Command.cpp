@@ -19,7 +19,8 @@ const std::vector<Command>& commands()
          "doc apply DOC.composition EDITS.json [--dump] [--dry-run]\n"
          "doc dump DOC.composition [--time S]\n"
          "doc repair DOC.composition\n"
-         "doc recover DOC.composition [--apply|--discard]",
+         "doc recover DOC.composition [--apply|--discard]\n"
+         "doc schema DOC.composition [-o FILE]",
          runDocCommand},
     };
     return all;

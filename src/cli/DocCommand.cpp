@@ -9,6 +9,7 @@
 #include "document/CompositionDocument.h"
 #include "document/CompositionExport.h"
 #include "document/DocumentJournal.h"
+#include "document/FieldSchema.h"
 #include "model/Composition.h"
 #include "model/StoreFile.h"
 #include "model/VideoModeCatalogue.h"
@@ -242,6 +243,31 @@ int runRecover(const QStringList& arguments, Streams& io)
     return kSuccess;
 }
 
+// The operator's fields as a Graphics Data Definition, on stdout or to a file.
+int runSchema(const QStringList& args, Streams& io)
+{
+    QStringList rest = args;
+    QString output;
+    const qsizetype at = rest.indexOf(QStringLiteral("-o"));
+    if (at >= 0) {
+        if (at + 1 >= rest.size()) return usage(io, QStringLiteral("-o needs a file"));
+        output = rest[at + 1];
+        rest.remove(at, 2);
+    }
+    if (rest.size() != 1 || rest[0].startsWith(QLatin1Char('-'))) return usage(io, QStringLiteral("doc schema needs one document"));
+    auto document = openDocument(rest[0], io);
+    if (!document) return kFailure;
+    const QString title = QFileInfo(rest[0]).completeBaseName();
+    if (output.isEmpty()) {
+        printJson(io, document::fieldSchema(*document->composition(), title));
+        return kSuccess;
+    }
+    QString error;
+    if (!document::writeFieldSchema(*document->composition(), title, output, &error))
+        return failure(io, QStringLiteral("cannot write %1: %2").arg(output, error));
+    return kSuccess;
+}
+
 }  // namespace
 
 int runDocCommand(const QStringList& args, Streams& io)
@@ -257,6 +283,7 @@ int runDocCommand(const QStringList& args, Streams& io)
     if (sub == QLatin1String("dump")) return runDump(rest, io);
     if (sub == QLatin1String("repair")) return runRepair(rest, io);
     if (sub == QLatin1String("recover")) return runRecover(rest, io);
+    if (sub == QLatin1String("schema")) return runSchema(rest, io);
     return usage(io, QStringLiteral("unknown subcommand '%1'").arg(sub));
 }
 

@@ -1,6 +1,7 @@
 #include "document/CompositionDocument.h"
 
 #include "document/CompositionExport.h"
+#include "document/FieldSchema.h"
 #include "document/Thumbnail.h"
 #include "model/Composition.h"
 #include "model/UndoManager.h"
@@ -236,6 +237,7 @@ void CompositionDocument::writePackageExtras(const QString& packagePath)
     clock.start();
     const QDir package(packagePath);
     writeInfoFile(composition_->compositionInfo(), package.filePath(infoFileName()));
+    writeFieldSchema(*composition_, QFileInfo(packagePath).completeBaseName(), package.filePath(fieldSchemaFileName()));
     copyPendingResources();
     const QString previewFile = previewPath();
     const auto preview = CompositionExport::exportedComposition(*composition_, true, &CompositionExport::documentKey);

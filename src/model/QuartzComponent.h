@@ -166,6 +166,8 @@ public:
     // Rendering. Without a loaded composition these do nothing.
     void setRendererInputValue(const QString& key, const QVariant& value);
     runtime::Renderer* renderer() const { return renderer_.get(); }
+    // The composition file as loaded (its ports' ranges, menus); null when none.
+    const runtime::Composition* loadedComposition() const { return loadedComposition_.get(); }
     void setRenderer(std::unique_ptr<runtime::Renderer> renderer);
     // Loads the composition from the stored data (or, the first time, from
     // the file, keeping its bytes) and makes a new renderer for it.

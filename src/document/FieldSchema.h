@@ -1,0 +1,26 @@
+#pragma once
+// The fields an operator may fill in, as a Graphics Data Definition (GDD):
+// a JSON Schema whose properties are the attributes with "operator may
+// change" on, so that a control application builds its fill-in form from
+// it. Written by `velloran-cli doc schema`, "File > Export Field Schema…"
+// and into every saved package as "Fields.gdd.json".
+
+#include <QJsonObject>
+#include <QString>
+
+namespace model {
+class Composition;
+}
+
+namespace document {
+
+QString fieldSchemaFileName();  // "Fields.gdd.json"
+
+// `title`: the template's name (the package's name without extension).
+QJsonObject fieldSchema(const model::Composition& composition, const QString& title);
+
+// The schema as indented JSON, written atomically.
+bool writeFieldSchema(const model::Composition& composition, const QString& title, const QString& path,
+                      QString* error = nullptr);
+
+}  // namespace document
