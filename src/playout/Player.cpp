@@ -165,6 +165,15 @@ void Player::reload()
     }
 }
 
+void Player::setUnattended(bool unattended)
+{
+    options_.unattended = unattended;
+    if (!unattended)
+        unattended_.reset();
+    else if (renderer_ && !unattended_)
+        unattended_ = std::make_unique<document::UnattendedTrigger>(*renderer_);
+}
+
 void Player::observeOutputs()
 {
     const QVariant activeValue = renderer_->outputValue(CompositionExport::activeKey());

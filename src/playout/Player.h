@@ -93,6 +93,9 @@ public:
     // From the beginning: patch state forgotten, trigger released, the
     // next step is step 0.
     void reload();
+    // Whether every stop frame is released after one step (PlayerOptions).
+    void setUnattended(bool unattended);
+    bool isUnattended() const { return unattended_ != nullptr; }
 
 Q_SIGNALS:
     void activeChanged(bool active);
