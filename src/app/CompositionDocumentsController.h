@@ -4,6 +4,8 @@
 // ones from a package path. A document already open is brought forward
 // instead of being opened twice.
 
+#include "preview/PreviewSession.h"
+
 #include <QObject>
 #include <QPointer>
 #include <QString>
@@ -16,6 +18,10 @@ class QWidget;
 
 namespace model {
 class VideoResolution;
+}
+
+namespace document {
+class CompositionDocument;
 }
 
 namespace app {
@@ -52,6 +58,11 @@ public:
 
     std::vector<VLWindowController*> windows() const;
 
+    // The application's one preview window and its slideshow.
+    preview::PreviewSession& preview() { return preview_; }
+    // Every open document in window order, for the slideshow.
+    std::vector<const document::CompositionDocument*> openDocuments() const;
+
 private:
     VLWindowController* show(VLWindowController* window);
     QString nextUntitledName();
@@ -59,6 +70,7 @@ private:
     std::vector<QPointer<VLWindowController>> windows_;
     std::vector<QPointer<QMenu>> newDocumentMenus_;
     std::unique_ptr<VLPreferencesController> preferences_;
+    preview::PreviewSession preview_;
     int untitledCount_ = 0;
 };
 

@@ -79,6 +79,7 @@ void VLWindowController::buildFileMenu()
         const QString path = pathChooser_ ? pathChooser_(*this, QStringLiteral("qtz")) : QString();
         if (!path.isEmpty()) exportDocumentTo(path);
     });
+    addRenderMovieCommand(menu);
     menu->addSeparator();
     addCommand(menu, QStringLiteral("quit"), tr("&Quit"), QKeySequence::Quit, [] { QApplication::closeAllWindows(); });
 }
@@ -183,6 +184,7 @@ void VLWindowController::buildCompositionMenu()
                [this] { showAlert(commands_->makePathsRelative()); });
     addCommand(menu, QStringLiteral("embedResources"), tr("E&mbed Resources"), {},
                [this] { showAlert(commands_->embedResources()); });
+    addPreviewCommands(menu);
 }
 
 void VLWindowController::buildViewMenu()

@@ -18,24 +18,24 @@ std::optional<PlayoutTemplate> exportForPlayout(const model::Composition& compos
                                                 const ExportRequest& request, QString* error)
 {
     const QString path = request.scratchPath.isEmpty() ? document::CompositionDocument::previewPath() : request.scratchPath;
-    if (!document::CompositionExport::exportToPath(composition, path, request.includeBackground,
-                                                   &document::CompositionExport::documentKey)) {
+    const auto exported = document::CompositionExport::exportedComposition(composition, request.includeBackground,
+                                                                           &document::CompositionExport::documentKey);
+    if (!exported || !exported->writeToFile(path, true)) {
         if (error) *error = QStringLiteral("the template could not be exported to %1").arg(path);
         return std::nullopt;
     }
-    QFile file(path);
-    const bool opened = file.open(QIODevice::ReadOnly);
-    const QByteArray bytes = opened ? file.readAll() : QByteArray();
-    file.close();
+    // The tree just written is played as it stands, not read back: another
+    // program saving or previewing may write a file of the same name at any
+    // moment.
     QFile::remove(path);
     // Relative resource paths resolve beside the document's own file, as
     // they do in the editor; a document never saved has no such place.
     const QString directory = compositionFile.isEmpty() ? QString() : QFileInfo(compositionFile).absolutePath();
     QString reason;
-    auto loaded = opened ? runtime::Composition::loadData(bytes, &reason, directory) : nullptr;
+    auto loaded = runtime::Composition::fromPlist(exported->fileDictionary(true), &reason, directory);
     if (!loaded) {
         qCWarning(lcPlayout) << "Unable to load preview patch";
-        if (error) *error = QStringLiteral("the exported template does not load: %1").arg(opened ? reason : file.errorString());
+        if (error) *error = QStringLiteral("the exported template does not load: %1").arg(reason);
         return std::nullopt;
     }
     PlayoutTemplate played;

@@ -1,8 +1,7 @@
 #pragma once
 // The template as a playout system receives it: the document's composition
-// exported to one composition file (with the document's key factory),
-// written, read back into the runtime and the file deleted. What plays is
-// therefore exactly what the file holds.
+// exported to one composition file (with the document's key factory) and
+// played as written, the file deleted again.
 
 #include "playout/VideoTiming.h"
 
