@@ -59,6 +59,8 @@ void Player::unload()
     stepImage_ = QImage();
     interlacedFrame_ = QImage();
     releaseAt_.reset();
+    triggerUnseen_ = false;
+    releaseAfterStep_ = false;
     nextStep_ = 0;
     time_ = 0;
 }
@@ -85,6 +87,11 @@ void Player::renderStep(qint64 step)
     // starts every step from transparent, as the playout mixer sees it.
     if (!options_.clear) target_->clear(runtime::Color::transparentBlack());
     renderer_->render(time, *target_, document::eventArgumentsAtTime(time, true));
+    triggerUnseen_ = false;
+    if (releaseAfterStep_) {
+        releaseAfterStep_ = false;
+        releaseTrigger();
+    }
     if (template_.timing.interlaced()) weaveField(stepImage_, interlacedFrame_, template_.timing.fieldParity(step));
     time_ = time;
     nextStep_ = step + 1;
@@ -131,11 +138,19 @@ bool Player::setTrigger()
 {
     if (!isWaitingForTrigger()) return false;
     renderer_->setInputValue(CompositionExport::triggerKey(), true);
+    triggerUnseen_ = true;
+    releaseAfterStep_ = false;
     return true;
 }
 
 void Player::releaseTrigger()
 {
+    // A tap of the space bar quicker than a field would otherwise come and
+    // go between two steps, and the template would never see it.
+    if (triggerUnseen_) {
+        releaseAfterStep_ = true;
+        return;
+    }
     if (hasTrigger()) renderer_->setInputValue(CompositionExport::triggerKey(), false);
 }
 
@@ -150,6 +165,8 @@ void Player::reload()
 {
     if (!renderer_) return;
     renderer_->reset();
+    triggerUnseen_ = false;
+    releaseAfterStep_ = false;
     releaseTrigger();
     releaseAt_.reset();
     if (unattended_) unattended_->reset();

@@ -86,7 +86,8 @@ public:
     bool isActive() const { return active_; }
     // Sets "trigger" only while the template waits; answers whether it did.
     bool setTrigger();
-    // Sets "trigger" to false whenever the template has it.
+    // Sets "trigger" to false whenever the template has it; a trigger set
+    // since the last step is released only after the next step has seen it.
     void releaseTrigger();
     // setTrigger, released kTriggerPulse seconds of play later.
     bool sendTrigger();
@@ -116,6 +117,8 @@ private:
     qint64 nextStep_ = 0;
     double time_ = 0;
     std::optional<double> releaseAt_;
+    bool triggerUnseen_ = false;     // set since the last step
+    bool releaseAfterStep_ = false;  // released before any step saw it
     bool active_ = true;
     bool waiting_ = false;
 };

@@ -1,9 +1,12 @@
 #include "preview/QCViewWithVideo.h"
 
+#include <QLoggingCategory>
 #include <QPaintEvent>
 #include <QPainter>
 
 namespace preview {
+
+Q_LOGGING_CATEGORY(lcPreviewView, "velloran.preview")
 
 QCViewWithVideo::QCViewWithVideo(QWidget* parent) : QWidget(parent), playback_(player_)
 {
@@ -43,7 +46,15 @@ void QCViewWithVideo::startRendering()
 
 void QCViewWithVideo::stopRendering()
 {
+    if (!playback_.isRunning()) return;
     playback_.stop();
+    const playout::RealTimePlayback::Statistics& s = playback_.statistics();
+    if (s.steps > 0)
+        qCInfo(lcPreviewView).noquote() << QStringLiteral("played %1 steps, %2 dropped, %3 ms a step on average, %4 ms at most")
+                                               .arg(s.steps)
+                                               .arg(s.dropped)
+                                               .arg(s.totalMs / double(s.steps), 0, 'f', 2)
+                                               .arg(s.maxMs, 0, 'f', 2);
 }
 
 QSize QCViewWithVideo::sizeHint() const

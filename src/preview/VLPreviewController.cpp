@@ -18,7 +18,7 @@
 
 namespace preview {
 
-Q_LOGGING_CATEGORY(lcPreview, "velloran.preview")
+Q_DECLARE_LOGGING_CATEGORY(lcPreviewView)
 
 VLPreviewController::VLPreviewController(QWidget* parent)
     : QWidget(parent, Qt::Window | Qt::WindowStaysOnTopHint), compositionView_(new QCViewWithVideo(this)),
@@ -74,18 +74,29 @@ void VLPreviewController::displayCompositionDocument(Document document)
     if (played) {
         currentDocument_ = document;
         currentName_ = displayName(document);
-        const QSize content = played->size;
+        const QSize content = fittedContentSize(played->size);
         compositionView_->loadComposition(std::move(*played));
         triggerButton_->hide();
         if (!fullScreen_) resize(content.width(), content.height() + kStatusHeight);
         updateStatusField();
         compositionView_->startRendering();
     } else if (document) {
-        qCWarning(lcPreview).noquote() << error;
+        qCWarning(lcPreviewView).noquote() << error;
     }
     show();
     raise();
     activateWindow();
+}
+
+QSize VLPreviewController::fittedContentSize(QSize composition) const
+{
+    // The status line and its button must stay on the screen: a template
+    // larger than the screen is shown smaller, keeping its shape.
+    const QScreen* s = screen() ? screen() : QGuiApplication::primaryScreen();
+    if (!s) return composition;
+    const QSize room = s->availableGeometry().size() - QSize(0, kStatusHeight + kWindowFrameAllowance);
+    if (composition.width() <= room.width() && composition.height() <= room.height()) return composition;
+    return composition.scaled(room, Qt::KeepAspectRatio);
 }
 
 void VLPreviewController::displayCompositions(std::vector<Document> documents)
@@ -169,9 +180,21 @@ void VLPreviewController::showPlayedTo(double seconds)
 {
     compositionView_->stopRendering();
     playout::Player& player = compositionView_->player();
+    if (!player.isLoaded()) return;
+    const playout::VideoTiming& timing = player.timing();
+    const qint64 last = timing.stepAtOrBefore(seconds);
+    player.reload();
+    // Released at every stop frame before the moment, not at the one it
+    // arrives at.
     player.setUnattended(true);
-    player.playTo(seconds);
+    while (player.nextStep() < last) player.renderStep(player.nextStep());
     player.setUnattended(false);
+    player.renderStep(last);
+    // Held at a stop frame, an interlaced picture shows the hold in both
+    // fields, as it does a field later on air.
+    if (timing.interlaced() && player.isWaitingForTrigger()) player.renderStep(last + 1);
+    // A still shows the picture at its own size, whatever the screen.
+    if (!fullScreen_) resize(player.frameSize().width(), player.frameSize().height() + kStatusHeight);
     triggerButton_->setVisible(player.isWaitingForTrigger());
     updateStatusField();
     compositionView_->update();

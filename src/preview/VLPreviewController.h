@@ -35,6 +35,8 @@ public:
     using DisplayNames = std::function<QString(const document::CompositionDocument&)>;
 
     static constexpr int kStatusHeight = 32;
+    // Room left on the screen for the window's title bar and borders.
+    static constexpr int kWindowFrameAllowance = 40;
 
     explicit VLPreviewController(QWidget* parent = nullptr);
     ~VLPreviewController() override;
@@ -72,9 +74,9 @@ public:
     void togglePreviewFullscreen(QScreen* screen = nullptr);
     bool isPreviewFullScreen() const { return fullScreen_; }
 
-    // Stops the wall clock and plays the template in exact steps up to
-    // `seconds`, released at every stop frame: a still for documentation
-    // and tests (`velloran --preview DOC --screenshot OUT`).
+    // Stops the wall clock and plays the template in exact steps up to the
+    // step at `seconds`, released at every stop frame before it: a still for
+    // documentation and tests (`velloran --preview DOC --screenshot OUT`).
     void showPlayedTo(double seconds);
 
 Q_SIGNALS:
@@ -90,6 +92,7 @@ private:
     void activeChanged(bool active);
     void waitingForTriggerChanged(bool waiting);
     QString displayName(Document document) const;
+    QSize fittedContentSize(QSize composition) const;
 
     QCViewWithVideo* compositionView_;
     QWidget* statusBar_;

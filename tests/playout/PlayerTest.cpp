@@ -91,6 +91,21 @@ TEST_F(PlayerTest, ReleasingSetsTheTriggerFalseEvenWhenNotWaiting)
     EXPECT_FALSE(triggerInput(player));
 }
 
+TEST_F(PlayerTest, ATapQuickerThanAStepStillReleasesTheStopFrame)
+{
+    addBox(QRectF(100, 100, 200, 100));
+    composition().addStopFrame(1.0, QString());
+    Player player;
+    load(player, PlayerOptions{true, kSmall});
+    renderSteps(player, 25);
+    ASSERT_TRUE(player.setTrigger());  // pressed and released between two steps
+    player.releaseTrigger();
+    EXPECT_TRUE(triggerInput(player)) << "held until a step has seen it";
+    player.renderStep(26);
+    EXPECT_FALSE(triggerInput(player));
+    EXPECT_FALSE(player.isWaitingForTrigger()) << "released";
+}
+
 TEST_F(PlayerTest, ATemplateWithoutStopFramesIgnoresTriggers)
 {
     addBox(QRectF(100, 100, 200, 100));

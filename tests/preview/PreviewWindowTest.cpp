@@ -223,9 +223,21 @@ TEST_F(PreviewWindowTest, AStillPlayedToATimeStopsAtTheStopFrame)
     EXPECT_FALSE(c->compositionView()->isRendering());
     EXPECT_TRUE(c->triggerButton()->isVisible()) << "arrived at the first stop frame";
     EXPECT_EQ(status(c), QStringLiteral("Waiting for Trigger"));
-    EXPECT_DOUBLE_EQ(c->compositionView()->player().time(), 1.0);
+    EXPECT_NEAR(c->compositionView()->player().time(), 1.02, 1e-9) << "both fields of the held frame";
 
     c->showPlayedTo(1.5);
     EXPECT_FALSE(c->triggerButton()->isVisible()) << "released there, as the thumbnail is";
     EXPECT_EQ(status(c), QStringLiteral("Playing Untitled"));
+}
+
+TEST_F(PreviewWindowTest, ATemplateLargerThanTheScreenIsShownSmallerWithItsStatusLine)
+{
+    auto doc = document::CompositionDocument::emptyDocumentWithResolution(model::VideoResolution(QStringLiteral("2160p25 RGBA")));
+    VLPreviewController* c = preview(*doc);
+    const QSize room = c->screen()->availableGeometry().size();
+    EXPECT_LE(c->height(), room.height());
+    EXPECT_LE(c->width(), room.width());
+    const QSize content(c->width(), c->height() - VLPreviewController::kStatusHeight);
+    EXPECT_NEAR(double(content.width()) / content.height(), 16.0 / 9.0, 0.01) << "the template keeps its shape";
+    EXPECT_EQ(c->compositionView()->player().frameSize(), QSize(3840, 2160)) << "rendered at full size all the same";
 }
