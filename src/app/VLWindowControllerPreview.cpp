@@ -10,6 +10,7 @@
 #include "preview/MovieRendering.h"
 
 #include <QDir>
+#include <QFileInfo>
 #include <QGuiApplication>
 #include <QMenu>
 #include <QScreen>
@@ -48,7 +49,11 @@ void VLWindowController::addPreviewCommands(QMenu* menu)
 void VLWindowController::addRenderMovieCommand(QMenu* menu)
 {
     addCommand(menu, QStringLiteral("renderMovie"), tr("Render &Movie…"), QKeySequence(tr("Ctrl+Alt+M")), [this] {
-        const preview::MovieChoice choice = preview::chooseMovieFile(this, displayName());
+        // Beside the document, as Export suggests.
+        const QString folder = document_->fileURL().isEmpty() ? QDir::homePath()
+                                                              : QFileInfo(document_->fileURL()).absolutePath();
+        const preview::MovieChoice choice =
+            preview::chooseMovieFile(this, QDir(folder).filePath(displayName() + QStringLiteral(".mov")));
         if (!choice.path.isEmpty()) renderMovieTo(choice.path, choice.codec);
     });
 }

@@ -5,7 +5,6 @@
 #include "playout/Player.h"
 
 #include <QCoreApplication>
-#include <QDir>
 #include <QFile>
 #include <QFileDialog>
 #include <QFileInfo>
@@ -19,14 +18,14 @@ const char* const kProResFilter = QT_TRANSLATE_NOOP("preview", "ProRes 4444 movi
 const char* const kAnimationFilter = QT_TRANSLATE_NOOP("preview", "Animation movie, lossless (*.mov)");
 }  // namespace
 
-MovieChoice chooseMovieFile(QWidget* parent, const QString& suggestedName)
+MovieChoice chooseMovieFile(QWidget* parent, const QString& suggestedPath)
 {
     const QString prores = QCoreApplication::translate("preview", kProResFilter);
     const QString animation = QCoreApplication::translate("preview", kAnimationFilter);
     QString filter = prores;
     MovieChoice choice;
     choice.path = QFileDialog::getSaveFileName(parent, QCoreApplication::translate("preview", "Render Movie"),
-                                               QDir::home().filePath(suggestedName + QStringLiteral(".mov")),
+                                               suggestedPath,
                                                prores + QStringLiteral(";;") + animation, &filter);
     if (!choice.path.isEmpty() && !choice.path.endsWith(QLatin1String(".mov"), Qt::CaseInsensitive))
         choice.path += QStringLiteral(".mov");

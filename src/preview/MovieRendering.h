@@ -21,8 +21,9 @@ struct MovieChoice {
     playout::MovieCodec codec = playout::MovieCodec::ProRes4444;
 };
 
-// Asks where to write the movie and in which codec.
-MovieChoice chooseMovieFile(QWidget* parent, const QString& suggestedName);
+// Asks where to write the movie and in which codec, starting at
+// `suggestedPath` (".mov" is added when the name has none).
+MovieChoice chooseMovieFile(QWidget* parent, const QString& suggestedPath);
 
 // Renders every frame of the template while a modal progress dialog over
 // `parent` shows how far it got.
