@@ -36,10 +36,11 @@ void unpremultiply(const QImage& source, QImage& target)
         for (int a = 1; a < 256; ++a) table[std::size_t(a)] = quint32((255u << 16) + a / 2) / quint32(a);
         return table;
     }();
-    for (int y = 0; y < source.height(); ++y) {
+    const int width = source.width(), height = source.height();
+    for (int y = 0; y < height; ++y) {
         const auto* in = reinterpret_cast<const quint32*>(source.constScanLine(y));
         auto* out = reinterpret_cast<quint32*>(target.scanLine(y));
-        for (int x = 0; x < source.width(); ++x) {
+        for (int x = 0; x < width; ++x) {
             const quint32 p = in[x];
             const quint32 a = p >> 24;
             if (a == 255 || a == 0) {
