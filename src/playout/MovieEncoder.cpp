@@ -224,6 +224,11 @@ bool MovieEncoder::encode(int slot, QString* error)
     State& s = *state_;
     AVFrame* frame = s.frames[std::size_t(slot)];
     frame->pts = s.nextPts++;
+    // ProRes writes the matrix into every picture's header from the frame.
+    frame->colorspace = s.codec->colorspace;
+    frame->color_primaries = s.codec->color_primaries;
+    frame->color_trc = s.codec->color_trc;
+    frame->color_range = s.codec->color_range;
     frame->interlaced_frame = s.interlaced ? 1 : 0;
     frame->top_field_first = s.interlaced && s.upperFirst ? 1 : 0;
     if (const int sent = avcodec_send_frame(s.codec, frame); sent < 0) {

@@ -67,6 +67,12 @@ inline MovieFacts probeMovie(const QString& path, qint64 keep = -1)
                 facts.decoded = QImage(frame->width, frame->height, QImage::Format_RGBA8888);
                 SwsContext* toRgba = sws_getContext(frame->width, frame->height, AVPixelFormat(frame->format), frame->width,
                                                     frame->height, AV_PIX_FMT_RGBA, SWS_POINT, nullptr, nullptr, nullptr);
+                // Decoded by the matrix and range the movie is tagged with,
+                // as a player would.
+                const int space = frame->colorspace == AVCOL_SPC_BT709 ? SWS_CS_ITU709 : SWS_CS_ITU601;
+                const int studioRange = frame->color_range != AVCOL_RANGE_JPEG ? 0 : 1;
+                sws_setColorspaceDetails(toRgba, sws_getCoefficients(space), studioRange, sws_getCoefficients(SWS_CS_DEFAULT),
+                                         1, 0, 1 << 16, 1 << 16);
                 uint8_t* planes[] = {facts.decoded.bits()};
                 const int strides[] = {int(facts.decoded.bytesPerLine())};
                 sws_scale(toRgba, frame->data, frame->linesize, 0, frame->height, planes, strides);

@@ -92,10 +92,14 @@ TEST_F(PlayoutRenderTest, PngFilesHaveAlphaWhereNothingIsDrawn)
 TEST_F(PlayoutRenderTest, ProResMoviesCarryAlphaAtTheModesRate)
 {
     composition().setDuration(1);
-    addBox(QRectF(320, 180, 640, 360));
+    // Saturated, so that a wrong colour matrix would show.
+    const QColor orange(255, 140, 0);
+    addBox(QRectF(320, 180, 640, 360))->attributeForKey(QStringLiteral("Color"))->setCurrentValue(orange);
     const QString path = dir.filePath(QStringLiteral("keyed.mov"));
     playout::MovieWriter sink(path, playout::MovieCodec::ProRes4444);
-    const playout::RenderOutcome outcome = render(sink, {}, QSize(320, 180));
+    // At an HD size, whose matrix (BT.709) is not the one a player assumes
+    // for a picture that does not say.
+    const playout::RenderOutcome outcome = render(sink, {}, QSize(1280, 720));
     ASSERT_TRUE(outcome.ok) << outcome.error.toStdString();
 
     const MovieFacts movie = probeMovie(path, 10);
@@ -110,10 +114,11 @@ TEST_F(PlayoutRenderTest, ProResMoviesCarryAlphaAtTheModesRate)
     EXPECT_NE(movie.fieldOrder, AV_FIELD_BB);
     ASSERT_FALSE(movie.decoded.isNull());
     EXPECT_EQ(movie.decoded.pixelColor(5, 5).alpha(), 0);
-    const QColor box = movie.decoded.pixelColor(160, 90);
+    const QColor box = movie.decoded.pixelColor(640, 360);
     EXPECT_EQ(box.alpha(), 255);
-    EXPECT_GT(box.red(), 245);
-    EXPECT_LT(box.green(), 10);
+    EXPECT_NEAR(box.red(), orange.red(), 3);
+    EXPECT_NEAR(box.green(), orange.green(), 3);
+    EXPECT_NEAR(box.blue(), orange.blue(), 3);
 }
 
 TEST_F(PlayoutRenderTest, AnimationMoviesAreExactAndInterlacedOnesKeepTheirFieldOrder)
