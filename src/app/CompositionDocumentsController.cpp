@@ -20,7 +20,15 @@ namespace app {
 
 Q_LOGGING_CATEGORY(lcDocuments, "velloran.documents")
 
-CompositionDocumentsController::CompositionDocumentsController(QObject* parent) : QObject(parent) {}
+CompositionDocumentsController::CompositionDocumentsController(QObject* parent) : QObject(parent)
+{
+    // The preview's status line names a document as its window does.
+    preview_.setDisplayNames([this](const document::CompositionDocument& document) {
+        for (VLWindowController* window : windows())
+            if (window->document() == &document) return window->displayName();
+        return QString();
+    });
+}
 
 CompositionDocumentsController::~CompositionDocumentsController() = default;
 
@@ -38,9 +46,19 @@ QString CompositionDocumentsController::nextUntitledName()
     return untitledCount_ == 1 ? tr("Untitled") : tr("Untitled %1").arg(untitledCount_);
 }
 
+std::vector<const document::CompositionDocument*> CompositionDocumentsController::openDocuments() const
+{
+    std::vector<const document::CompositionDocument*> documents;
+    for (VLWindowController* window : windows()) documents.push_back(window->document());
+    return documents;
+}
+
 VLWindowController* CompositionDocumentsController::show(VLWindowController* window)
 {
     windows_.emplace_back(window);
+    // The preview may hold the document for its slideshow; it lets go
+    // before anything could reach the freed document.
+    connect(window, &QObject::destroyed, this, [this, document = window->document()] { preview_.documentWillClose(document); });
     window->show();
     window->raise();
     window->activateWindow();

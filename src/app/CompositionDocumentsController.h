@@ -4,6 +4,8 @@
 // ones from a package path. A document already open is brought forward
 // instead of being opened twice.
 
+#include "preview/PreviewSession.h"
+
 #include <QObject>
 #include <QPointer>
 #include <QString>
@@ -18,6 +20,10 @@ class QWidget;
 namespace model {
 class VideoResolution;
 }
+namespace document {
+class CompositionDocument;
+}
+
 namespace document {
 class CompositionDocument;
 }
@@ -56,6 +62,11 @@ public:
 
     std::vector<VLWindowController*> windows() const;
 
+    // The application's one preview window and its slideshow.
+    preview::PreviewSession& preview() { return preview_; }
+    // Every open document in window order, for the slideshow.
+    std::vector<const document::CompositionDocument*> openDocuments() const;
+
     // Crash recovery: every document keeps a journal, and a journal a crash
     // left behind is offered when its document opens, or at start for one
     // never saved. Off unless asked for (screenshots and tests ask nobody).
@@ -76,6 +87,7 @@ private:
     std::vector<QPointer<VLWindowController>> windows_;
     std::vector<QPointer<QMenu>> newDocumentMenus_;
     std::unique_ptr<VLPreferencesController> preferences_;
+    preview::PreviewSession preview_;
     int untitledCount_ = 0;
     bool crashRecovery_ = false;
     RecoveryQuestion recoveryQuestion_;

@@ -22,6 +22,10 @@ class DocumentCommands;
 struct Alert;
 }  // namespace document
 
+namespace playout {
+enum class MovieCodec;
+}
+
 namespace canvas {
 class CompositionView;
 class VLMainToolbar;
@@ -75,6 +79,9 @@ public:
     bool exportDocumentTo(const QString& path);
     // The operator's fields as a Graphics Data Definition (JSON).
     bool exportFieldSchemaTo(const QString& path);
+    // The preview window playing this document; the movie of it, keyed.
+    void showPreview();
+    bool renderMovieTo(const QString& path, playout::MovieCodec codec);
 
     void setCloseQuestion(CloseQuestion question) { closeQuestion_ = std::move(question); }
     void setPathChooser(PathChooser chooser) { pathChooser_ = std::move(chooser); }
@@ -101,6 +108,8 @@ private:
     void buildCompositionMenu();
     void buildViewMenu();
     void buildHelpMenu();
+    void addPreviewCommands(QMenu* compositionMenu);
+    void addRenderMovieCommand(QMenu* fileMenu);
     void buildPanels();
     void restoreWindowState();
     void saveWindowState();

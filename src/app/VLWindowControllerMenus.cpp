@@ -83,6 +83,7 @@ void VLWindowController::buildFileMenu()
         const QString path = pathChooser_ ? pathChooser_(*this, QStringLiteral("gdd")) : QString();
         if (!path.isEmpty()) exportFieldSchemaTo(path);
     });
+    addRenderMovieCommand(menu);
     menu->addSeparator();
     addCommand(menu, QStringLiteral("quit"), tr("&Quit"), QKeySequence::Quit, [] { QApplication::closeAllWindows(); });
 }
@@ -187,6 +188,7 @@ void VLWindowController::buildCompositionMenu()
                [this] { showAlert(commands_->makePathsRelative()); });
     addCommand(menu, QStringLiteral("embedResources"), tr("E&mbed Resources"), {},
                [this] { showAlert(commands_->embedResources()); });
+    addPreviewCommands(menu);
 }
 
 void VLWindowController::buildViewMenu()

@@ -2,6 +2,10 @@
 // a new one at the preferred video mode.
 // velloran --screenshot OUT.png [--time SECONDS] [FILE.composition]: renders
 // the first window once into OUT.png and quits without saving.
+// velloran --preview FILE.composition [--screenshot OUT.png [--time SECONDS]]:
+// opens the document's preview; with --screenshot, plays it to SECONDS
+// (released at every stop frame on the way), renders the preview window
+// into OUT.png and quits.
 
 #include "app/CompositionDocumentsController.h"
 #include "app/EditorStyle.h"
@@ -9,6 +13,7 @@
 #include "app/WindowScreenshot.h"
 #include "document/CompositionDocument.h"
 #include "model/Composition.h"
+#include "preview/VLPreviewController.h"
 
 #include <QApplication>
 #include <QCommandLineParser>
@@ -30,7 +35,7 @@ void closeWithoutSaving(app::CompositionDocumentsController& controller)
 }
 
 int takeScreenshot(app::CompositionDocumentsController& controller, const QStringList& paths, const QString& output,
-                   const QString& time)
+                   const QString& time, bool previewed)
 {
     bool validTime = true;
     const double seconds = time.isEmpty() ? 0.0 : time.toDouble(&validTime);
@@ -51,8 +56,17 @@ int takeScreenshot(app::CompositionDocumentsController& controller, const QStrin
     if (controller.windows().empty()) controller.newDocument();
     if (controller.windows().empty()) return 1;
     app::VLWindowController* window = controller.windows().front();
-    if (!time.isEmpty()) window->document()->composition()->setEditorTimepoint(seconds);
-    const bool saved = app::saveWindowScreenshot(window, output);
+    bool saved = false;
+    if (previewed) {
+        controller.preview().togglePreviewForCompositionDocument(window->document());
+        preview::VLPreviewController* shown = controller.preview().controller();
+        shown->showPlayedTo(seconds);
+        saved = app::saveWindowScreenshot(shown, output);
+        shown->close();
+    } else {
+        if (!time.isEmpty()) window->document()->composition()->setEditorTimepoint(seconds);
+        saved = app::saveWindowScreenshot(window, output);
+    }
     if (!saved) std::fprintf(stderr, "velloran: could not write %s\n", qPrintable(output));
     closeWithoutSaving(controller);
     return saved ? 0 : 1;
@@ -79,15 +93,20 @@ int main(int argc, char** argv)
     const QCommandLineOption time(QStringLiteral("time"),
                                   QStringLiteral("With --screenshot: move the playhead to SECONDS first."),
                                   QStringLiteral("SECONDS"));
+    const QCommandLineOption previewOption(QStringLiteral("preview"),
+                                           QStringLiteral("Show the first document's preview; with --screenshot, "
+                                                          "render the preview window at SECONDS instead."));
     parser.addOption(screenshot);
     parser.addOption(time);
+    parser.addOption(previewOption);
     parser.addPositionalArgument(QStringLiteral("file"), QStringLiteral("A .composition document to open."),
                                  QStringLiteral("[FILE.composition...]"));
     parser.process(application);
 
     app::CompositionDocumentsController controller;
     if (parser.isSet(screenshot))
-        return takeScreenshot(controller, parser.positionalArguments(), parser.value(screenshot), parser.value(time));
+        return takeScreenshot(controller, parser.positionalArguments(), parser.value(screenshot), parser.value(time),
+                              parser.isSet(previewOption));
     if (parser.isSet(time)) {
         std::fprintf(stderr, "velloran: --time only goes with --screenshot\n");
         return 2;
@@ -98,5 +117,6 @@ int main(int argc, char** argv)
     for (const QString& path : parser.positionalArguments()) controller.openDocument(path);
     if (controller.windows().empty()) controller.newDocument();
     if (controller.windows().empty()) return 1;
+    if (parser.isSet(previewOption)) controller.preview().togglePreviewForCompositionDocument(controller.windows().front()->document());
     return application.exec();
 }

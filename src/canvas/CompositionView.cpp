@@ -1,6 +1,7 @@
 #include "canvas/CompositionView.h"
 
 #include "document/CompositionDocument.h"
+#include "document/EventArguments.h"
 #include "model/Composition.h"
 #include "model/NotificationHelper.h"
 #include "model/ObjectStore.h"
@@ -18,7 +19,6 @@ namespace canvas {
 
 namespace {
 constexpr int kIdleRedrawMs = 1000;
-constexpr double kClipDuration = 5.0;
 // Keys of the canvas's composition observations.
 const char* const kCompositionKeys[] = {
     "componentsSortedByInverseZLevel", "selectedComponents", "editorTimepoint", "playMode", "rulers",
@@ -160,16 +160,7 @@ void CompositionView::resizeEvent(QResizeEvent* event)
 
 QVariantMap CompositionView::argumentsAtTime(double time, bool playing)
 {
-    const double elapsed = playing ? std::fmod(time, kClipDuration) : 0.0;
-    return {
-        {QStringLiteral("ElapsedTime"), elapsed},
-        {QStringLiteral("AbsoluteElapsedTime"), elapsed},
-        {QStringLiteral("RemainingTime"), kClipDuration - elapsed},
-        {QStringLiteral("CurrentDuration"), kClipDuration},
-        {QStringLiteral("PercentageElapsed"), elapsed / kClipDuration * 100.0},
-        {QStringLiteral("CurrentName"), QStringLiteral("Current Clip")},
-        {QStringLiteral("NextNames"), QStringList{QStringLiteral("One"), QStringLiteral("Two"), QStringLiteral("Three")}},
-    };
+    return document::eventArgumentsAtTime(time, playing);
 }
 
 // Painting ----------------------------------------------------------------------

@@ -176,8 +176,7 @@ void VLMainToolbar::addStandardItem(const QString& identifier)
             if (document::DocumentCommands* c = commands_()) c->togglePosterframe();
         });
     } else if (identifier == QLatin1String("Preview")) {
-        QAction* preview = commandAction([this] { Q_EMIT previewRequested(); });
-        preview->setEnabled(false);  // the preview window comes later
+        commandAction([this] { Q_EMIT previewRequested(); });
     }
 }
 

@@ -11,6 +11,10 @@ const std::vector<Command>& commands()
         {"qtz", "qtz inputs FILE.qtz\nqtz check FILE.qtz", runQtzCommand},
         {"render", "render FILE.qtz|DOC.composition --time T [--size WxH] [--input KEY=VALUE]... -o OUT.png",
          runRenderCommand},
+        {"play",
+         "play DOC.composition (--png DIR | --video FILE.mov) [--codec prores|animation] [--from S] [--to S]\n"
+         "     [--trigger-at S]... [--size WxH] [--background]",
+         runPlayCommand},
         {"doc",
          "doc new [--mode NAME] [--duration S] DOC.composition\n"
          "doc add DOC.composition PATH...\n"

@@ -33,5 +33,6 @@ int runQtzCommand(const QStringList& args, Streams& io);
 int runRenderCommand(const QStringList& args, Streams& io);
 int runDocCommand(const QStringList& args, Streams& io);
 int runModesCommand(const QStringList& args, Streams& io);
+int runPlayCommand(const QStringList& args, Streams& io);
 
 }  // namespace cli

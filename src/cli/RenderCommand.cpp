@@ -2,15 +2,12 @@
 
 #include "cli/Command.h"
 #include "document/CompositionDocument.h"
-#include "document/CompositionExport.h"
-#include "document/Thumbnail.h"
-#include "model/Composition.h"
+#include "playout/Player.h"
 #include "runtime/Renderer.h"
 
 #include <QColor>
 #include <QFileInfo>
 #include <QTemporaryDir>
-#include <QUrl>
 #include <QImage>
 #include <QRegularExpression>
 
@@ -115,7 +112,8 @@ std::optional<QVariant> parseValue(const runtime::PortDescription& port, const Q
 }
 
 // A document is played as its preview is: the export with the background,
-// from 0 to the time asked for, pulsing the trigger at every stop frame.
+// from 0 to the time asked for in the steps of its video mode, the trigger
+// pulsed at every stop frame.
 int renderDocument(const RenderRequest& request, Streams& io)
 {
     if (!request.inputs.isEmpty()) {
@@ -128,16 +126,17 @@ int renderDocument(const RenderRequest& request, Streams& io)
         io.err << "velloran-cli: cannot open " << request.file << ": " << error << "\n";
         return kFailure;
     }
-    const model::Composition& composition = *document->composition();
     QTemporaryDir scratch;
-    const QString preview = scratch.filePath(QStringLiteral("Preview.qtz"));
-    if (!document::CompositionExport::exportToPath(composition, preview, true, &document::CompositionExport::documentKey)) {
-        io.err << "velloran-cli: cannot export " << request.file << "\n";
+    auto played = playout::exportForPlayout(*document, {true, scratch.filePath(QStringLiteral("Preview.qtz"))}, &error);
+    if (!played) {
+        io.err << "velloran-cli: cannot export " << request.file << ": " << error << "\n";
         return kFailure;
     }
-    const QSize size = request.hasSize ? request.size : QSize(composition.width(), composition.height());
-    const QImage frame = document::renderThumbnail(preview, size, request.time, QUrl::fromLocalFile(request.file));
-    if (frame.isNull() || !frame.save(request.output, "PNG")) {
+    playout::Player player;
+    player.load(*played, playout::PlayerOptions{true, request.hasSize ? request.size : QSize(), true});
+    player.playTo(request.time);
+    // The whole picture at that moment, both fields of an interlaced mode.
+    if (!player.stepImage().save(request.output, "PNG")) {
         io.err << "velloran-cli: cannot write " << request.output << "\n";
         return kFailure;
     }

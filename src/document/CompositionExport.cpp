@@ -104,8 +104,8 @@ std::unique_ptr<QuartzComposition> CompositionExport::exportedComposition(const 
     QuartzPatch* clear = root.addPatchWithClass(
         QStringLiteral("QCClear"), plist::Dictionary{{"clearColorBuffer", true}, {"clearDepthBuffer", true}});
     clear->setPosition(QPointF(500, 400));
-    clear->publishPort(QStringLiteral("_enable"), QStringLiteral("clear_enable"), QStringLiteral("Enable Clear"));
-    output.setInputParameter(plist::Value(true), QStringLiteral("clear_enable"));
+    clear->publishPort(QStringLiteral("_enable"), clearEnableKey(), QStringLiteral("Enable Clear"));
+    output.setInputParameter(plist::Value(true), clearEnableKey());
 
     if (includeBackground) addBackground(composition, root);
 
@@ -148,12 +148,12 @@ std::unique_ptr<QuartzComposition> CompositionExport::exportedComposition(const 
     stopFrames->setIdentifier(QStringLiteral("QLNStopframesPlugIn"));
     stopFrames->setPosition(QPointF(0, 500));
     if (hasStopFrames) {
-        stopFrames->publishPort(QStringLiteral("inputTrigger"), QStringLiteral("trigger"), QStringLiteral("trigger"));
-        stopFrames->publishOutputPort(QStringLiteral("outputWaitingForTrigger"), QStringLiteral("waitingForTrigger"));
+        stopFrames->publishPort(QStringLiteral("inputTrigger"), triggerKey(), QStringLiteral("trigger"));
+        stopFrames->publishOutputPort(QStringLiteral("outputWaitingForTrigger"), waitingForTriggerKey());
     }
     root.addConnectionFromComponent(patchTime->key(), QStringLiteral("outputTime"), stopFrames->key(),
                                     QStringLiteral("_time"));
-    stopFrames->publishOutputPort(QStringLiteral("outputActive"), QStringLiteral("active"));
+    stopFrames->publishOutputPort(QStringLiteral("outputActive"), activeKey());
 
     ExportContext context{output, composition, keyFactory, templates, scaler->key(), stopFrames->key()};
     context.separator = model::Settings::value(model::Settings::kAvoidSpacesInPortLabels).toBool()

@@ -38,6 +38,13 @@ public:
     // Title, separator and port key joined: the labels a document writes.
     static QString documentKey(const model::QuartzComponent& component, const QString& separator,
                                const QString& portKey);
+    // Published ports that a playout system drives: the trigger input and
+    // the waiting output (only with stop frames), the root's "active"
+    // output, and the switch of the clear patch.
+    static QString triggerKey() { return QStringLiteral("trigger"); }
+    static QString waitingForTriggerKey() { return QStringLiteral("waitingForTrigger"); }
+    static QString activeKey() { return QStringLiteral("active"); }
+    static QString clearEnableKey() { return QStringLiteral("clear_enable"); }
     // Every character that is neither alphanumeric nor "_" becomes "_".
     static QString stringByTrimmingInvalidKeyCharacters(const QString& string);
 };

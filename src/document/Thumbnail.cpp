@@ -1,5 +1,6 @@
 #include "document/Thumbnail.h"
 
+#include "document/UnattendedTrigger.h"
 #include "model/QuartzComponent.h"
 #include "runtime/Renderer.h"
 
@@ -18,9 +19,6 @@ QImage renderThumbnail(std::shared_ptr<const runtime::Composition> composition, 
     if (!composition) return {};
     runtime::Renderer renderer(composition, size);
     renderer.userInfo().insert(model::QuartzComponent::documentURLKey(), documentURL);
-    const QString trigger = QStringLiteral("trigger");
-    const QString waiting = QStringLiteral("waitingForTrigger");
-    const bool waits = composition->outputKeys().contains(waiting);
     if (posterFrameTimepoint < 0) {
         renderer.render(0.0);
         return renderer.snapshot();
@@ -28,17 +26,10 @@ QImage renderThumbnail(std::shared_ptr<const runtime::Composition> composition, 
     // The step is the single-precision 0.04, a little shorter than 0.04, so
     // that a poster frame on a frame boundary is reached, not stepped over.
     const double step = double(0.04f);
-    bool pulsed = false;
+    UnattendedTrigger trigger(renderer);
     for (double t = 0; t <= posterFrameTimepoint; t += step) {
         renderer.render(t);
-        if (pulsed) {
-            // Each trigger lasts exactly one step.
-            renderer.setInputValue(trigger, false);
-            pulsed = false;
-        } else if (waits && renderer.outputValue(waiting).toBool()) {
-            renderer.setInputValue(trigger, true);
-            pulsed = true;
-        }
+        trigger.afterStep();
     }
     return renderer.snapshot();
 }

@@ -71,3 +71,19 @@ TEST_F(ScreenshotTest, TimeNeedsANumberAndAScreenshot)
     EXPECT_EQ(run({QStringLiteral("--screenshot"), output, QStringLiteral("--time"), QStringLiteral("soon")}), 2);
     EXPECT_EQ(run({QStringLiteral("--time"), QStringLiteral("3")}), 2);
 }
+
+TEST_F(ScreenshotTest, WritesThePreviewWaitingAtTheFirstStopFrame)
+{
+    const QString output = dir.filePath(QStringLiteral("preview.png"));
+    ASSERT_EQ(run({QStringLiteral("--preview"), demo, QStringLiteral("--screenshot"), output, QStringLiteral("--time"),
+                   QStringLiteral("3")}),
+              0)
+        << errors.toStdString();
+    QImage shot;
+    ASSERT_TRUE(shot.load(output, "PNG"));
+    // The demo's 1920 × 1080 and the status line.
+    EXPECT_EQ(shot.size(), QSize(1920, 1080 + 32));
+    const QColor background = shot.pixelColor(960, 400);
+    EXPECT_EQ(background.alpha(), 255);
+    EXPECT_GT(background.blue(), background.red()) << "the demo's own dark blue, not an empty view";
+}

@@ -23,7 +23,7 @@ const QMap<QString, QStringList> kArrows{
     {QStringLiteral("psd"), {}},
     {QStringLiteral("model"), {QStringLiteral("quartz"), QStringLiteral("runtime"), QStringLiteral("plist"), QStringLiteral("rtf")}},
     {QStringLiteral("document"), {QStringLiteral("model"), QStringLiteral("quartz"), QStringLiteral("runtime"), QStringLiteral("psd")}},
-    {QStringLiteral("cli"), {QStringLiteral("document")}},
+    {QStringLiteral("cli"), {QStringLiteral("document"), QStringLiteral("playout")}},
     {QStringLiteral("widgets"), {QStringLiteral("model")}},
     {QStringLiteral("canvas"), {QStringLiteral("document"), QStringLiteral("widgets")}},
     {QStringLiteral("timeline"), {QStringLiteral("document"), QStringLiteral("widgets")}},

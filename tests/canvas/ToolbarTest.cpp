@@ -76,7 +76,12 @@ TEST_F(ToolbarTest, EveryIdentifierHasAnItem)
             continue;
         EXPECT_TRUE(toolbar.itemAction(identifier)) << identifier.toStdString();
     }
-    EXPECT_FALSE(toolbar.itemAction(QStringLiteral("Preview"))->isEnabled());
+    QAction* preview = toolbar.itemAction(QStringLiteral("Preview"));
+    ASSERT_TRUE(preview->isEnabled());
+    int requests = 0;
+    QObject::connect(&toolbar, &canvas::VLMainToolbar::previewRequested, [&] { ++requests; });
+    preview->trigger();
+    EXPECT_EQ(requests, 1);
 }
 
 TEST_F(ToolbarTest, APullDownListsTheSubcomponentsAndAddsTheChosenOne)

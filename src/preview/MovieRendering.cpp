@@ -1,0 +1,68 @@
+#include "preview/MovieRendering.h"
+
+#include "document/CompositionDocument.h"
+#include "playout/MovieWriter.h"
+#include "playout/Player.h"
+
+#include <QCoreApplication>
+#include <QFile>
+#include <QFileDialog>
+#include <QFileInfo>
+#include <QProgressDialog>
+#include <QTemporaryDir>
+
+namespace preview {
+
+namespace {
+const char* const kProResFilter = QT_TRANSLATE_NOOP("preview", "ProRes 4444 movie (*.mov)");
+const char* const kAnimationFilter = QT_TRANSLATE_NOOP("preview", "Animation movie, lossless (*.mov)");
+}  // namespace
+
+MovieChoice chooseMovieFile(QWidget* parent, const QString& suggestedPath)
+{
+    const QString prores = QCoreApplication::translate("preview", kProResFilter);
+    const QString animation = QCoreApplication::translate("preview", kAnimationFilter);
+    QString filter = prores;
+    MovieChoice choice;
+    choice.path = QFileDialog::getSaveFileName(parent, QCoreApplication::translate("preview", "Render Movie"),
+                                               suggestedPath,
+                                               prores + QStringLiteral(";;") + animation, &filter);
+    if (!choice.path.isEmpty() && !choice.path.endsWith(QLatin1String(".mov"), Qt::CaseInsensitive))
+        choice.path += QStringLiteral(".mov");
+    choice.codec = filter == animation ? playout::MovieCodec::Animation : playout::MovieCodec::ProRes4444;
+    return choice;
+}
+
+playout::RenderOutcome renderMovieWithProgress(QWidget* parent, const document::CompositionDocument& document,
+                                               const MovieChoice& choice)
+{
+    playout::RenderOutcome outcome;
+    QTemporaryDir scratch;
+    auto played = playout::exportForPlayout(document, {false, scratch.filePath(QStringLiteral("Movie.qtz"))}, &outcome.error);
+    if (!played) return outcome;
+    playout::Player player;
+    player.load(std::move(*played), playout::PlayerOptions{false, {}, true});
+    const qint64 total = playout::PlayoutRender::frameCount(player, {});
+
+    QProgressDialog progress(QCoreApplication::translate("preview", "Rendering “%1”…").arg(QFileInfo(choice.path).fileName()),
+                             QCoreApplication::translate("preview", "Cancel"), 0, int(total), parent);
+    progress.setObjectName(QStringLiteral("RenderMovieProgress"));
+    progress.setWindowTitle(QCoreApplication::translate("preview", "Render Movie"));
+    progress.setWindowModality(Qt::WindowModal);
+    progress.setMinimumDuration(0);
+    progress.setValue(0);
+
+    // Rendering stays on this thread, with the document's fonts and images;
+    // the dialog's events run between frames, the encoder on its own thread.
+    playout::MovieWriter movie(choice.path, choice.codec);
+    outcome = playout::PlayoutRender::run(player, {}, movie, [&](qint64 done, qint64) {
+        progress.setValue(int(done));
+        QCoreApplication::processEvents();
+        return !progress.wasCanceled();
+    });
+    progress.reset();
+    if (!outcome.ok) QFile::remove(choice.path);
+    return outcome;
+}
+
+}  // namespace preview
