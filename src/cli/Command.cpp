@@ -24,7 +24,8 @@ const std::vector<Command>& commands()
          "doc dump DOC.composition [--time S]\n"
          "doc repair DOC.composition\n"
          "doc recover DOC.composition [--apply|--discard]\n"
-         "doc schema DOC.composition [-o FILE]",
+         "doc schema DOC.composition [-o FILE]\n"
+         "doc thumbnails DOC.composition DIR [--size WxH]",
          runDocCommand},
     };
     return all;

@@ -10,6 +10,9 @@
 #include "document/CompositionExport.h"
 #include "document/DocumentJournal.h"
 #include "document/FieldSchema.h"
+#include "document/Thumbnail.h"
+#include "quartz/QuartzComposition.h"
+#include "runtime/Composition.h"
 #include "model/Composition.h"
 #include "model/StoreFile.h"
 #include "model/VideoModeCatalogue.h"
@@ -19,6 +22,7 @@
 #include <QFile>
 #include <QFileInfo>
 #include <QSet>
+#include <QUrl>
 #include <QJsonArray>
 #include <QJsonDocument>
 
@@ -268,6 +272,42 @@ int runSchema(const QStringList& args, Streams& io)
     return kSuccess;
 }
 
+// The picture at each stop frame, as PNG files Step-01.png, ... in DIR.
+int runThumbnails(const QStringList& args, Streams& io)
+{
+    QStringList rest = args;
+    QSize size;
+    const qsizetype at = rest.indexOf(QStringLiteral("--size"));
+    if (at >= 0) {
+        const QStringList parts = at + 1 < rest.size() ? rest[at + 1].split(QLatin1Char('x')) : QStringList();
+        bool w = false, h = false;
+        if (parts.size() == 2) size = QSize(parts[0].toInt(&w), parts[1].toInt(&h));
+        if (!w || !h || size.width() <= 0 || size.height() <= 0 || size.width() > 16384 || size.height() > 16384)
+            return usage(io, QStringLiteral("--size needs WIDTHxHEIGHT"));
+        rest.remove(at, 2);
+    }
+    if (rest.size() != 2 || rest[0].startsWith(QLatin1Char('-')) || rest[1].startsWith(QLatin1Char('-')))
+        return usage(io, QStringLiteral("doc thumbnails needs a document and a folder"));
+    auto document = openDocument(rest[0], io);
+    if (!document) return kFailure;
+    const model::Composition& composition = *document->composition();
+    const auto exported = document::CompositionExport::exportedComposition(composition, true, &document::CompositionExport::documentKey);
+    if (!exported) return failure(io, QStringLiteral("cannot export %1").arg(rest[0]));
+    if (size.isEmpty()) size = QSize(composition.width(), composition.height());
+    const QList<QImage> pictures = document::renderStopFramePictures(
+        runtime::Composition::fromPlist(exported->fileDictionary(true), nullptr, QFileInfo(rest[0]).absoluteFilePath()), size,
+        int(composition.stopFrames().size()), composition.duration(), QUrl::fromLocalFile(rest[0]));
+    if (!QDir().mkpath(rest[1])) return failure(io, QStringLiteral("cannot create %1").arg(rest[1]));
+    QJsonArray written;
+    for (int i = 0; i < pictures.size(); ++i) {
+        const QString path = QDir(rest[1]).filePath(document::stepPictureName(i).replace(QLatin1String(".jpg"), QLatin1String(".png")));
+        if (!pictures[i].save(path, "PNG")) return failure(io, QStringLiteral("cannot write %1").arg(path));
+        written.append(path);
+    }
+    printJson(io, QJsonObject{{QStringLiteral("pictures"), written}});
+    return kSuccess;
+}
+
 }  // namespace
 
 int runDocCommand(const QStringList& args, Streams& io)
@@ -284,6 +324,7 @@ int runDocCommand(const QStringList& args, Streams& io)
     if (sub == QLatin1String("repair")) return runRepair(rest, io);
     if (sub == QLatin1String("recover")) return runRecover(rest, io);
     if (sub == QLatin1String("schema")) return runSchema(rest, io);
+    if (sub == QLatin1String("thumbnails")) return runThumbnails(rest, io);
     return usage(io, QStringLiteral("unknown subcommand '%1'").arg(sub));
 }
 

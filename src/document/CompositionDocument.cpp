@@ -250,20 +250,34 @@ void CompositionDocument::writePackageExtras(const QString& packagePath)
     // A failed export costs only the thumbnail; the store is saved.
     if (!exported) return;
     QImage picture;
-    if (composition_->posterFrameMode() == 1 && !composition_->posterFrameImage().isNull()) {
+    // The preview's tree as written, played without reading the file back.
+    const std::shared_ptr<const runtime::Composition> played =
+        runtime::Composition::fromPlist(preview->fileDictionary(true), nullptr, QFileInfo(previewFile).absolutePath());
+    const QSize size(composition_->width(), composition_->height());
+    if (composition_->posterFrameMode() == 1 && !composition_->posterFrameImage().isNull())
         picture = composition_->posterFrameImage();
-    } else {
-        // The preview's tree as written, played without reading the file back.
-        auto played = runtime::Composition::fromPlist(preview->fileDictionary(true), nullptr,
-                                                      QFileInfo(previewFile).absolutePath());
-        picture = renderThumbnail(std::move(played), QSize(composition_->width(), composition_->height()),
-                                  composition_->posterFrameTimepoint(), QUrl::fromLocalFile(packagePath));
-    }
+    else
+        picture = renderThumbnail(played, size, composition_->posterFrameTimepoint(), QUrl::fromLocalFile(packagePath));
     writeThumbnail(picture, package.filePath(thumbnailPath()));
     saveTimings_.thumbnailMs = double(clock.nsecsElapsed()) / 1e6;
+    clock.restart();
+    writeStepPictures(played, QDir(package.filePath(QStringLiteral("QuickLook"))), QUrl::fromLocalFile(packagePath));
+    saveTimings_.stepPicturesMs = double(clock.nsecsElapsed()) / 1e6;
     qCInfo(lcDocument, "Saved in %.0f ms: store %.0f ms, export %.0f ms, thumbnail %.0f ms",
            saveTimings_.storeMs + saveTimings_.exportMs + saveTimings_.thumbnailMs, saveTimings_.storeMs,
            saveTimings_.exportMs, saveTimings_.thumbnailMs);
+}
+
+void CompositionDocument::writeStepPictures(std::shared_ptr<const runtime::Composition> played, QDir quickLook,
+                                            const QUrl& documentURL)
+{
+    const int stops = int(composition_->stopFrames().size());
+    const QList<QImage> pictures = renderStopFramePictures(std::move(played), QSize(composition_->width(), composition_->height()),
+                                                           stops, composition_->duration(), documentURL);
+    for (int i = 0; i < pictures.size(); ++i) writeThumbnail(pictures[i], quickLook.filePath(stepPictureName(i)));
+    // Pictures of stop frames that are gone go with them.
+    for (const QString& name : quickLook.entryList({QStringLiteral("Step-*.jpg")}, QDir::Files))
+        if (name.mid(5, name.size() - 9).toInt() > pictures.size()) quickLook.remove(name);
 }
 
 bool CompositionDocument::save(QString* error)

@@ -10,6 +10,14 @@
 #include <QList>
 #include <QVariantMap>
 
+#include <QDir>
+
+class QUrl;
+
+namespace runtime {
+class Composition;
+}
+
 namespace model {
 class Composition;
 class VideoResolution;
@@ -22,6 +30,7 @@ struct SaveTimings {
     double storeMs = 0;      // data.xml
     double exportMs = 0;     // Composition.qtz and the preview file
     double thumbnailMs = 0;  // rendering and writing Thumbnail.jpg
+    double stepPicturesMs = 0;  // the pictures of the stop frames
 };
 
 class CompositionDocument : public PersistentPackageDocument {
@@ -86,6 +95,7 @@ private:
     void afterLoad();
     void writePackageExtras(const QString& packagePath);
     void copyPendingResources();
+    void writeStepPictures(std::shared_ptr<const runtime::Composition> played, QDir quickLook, const QUrl& documentURL);
     // Takes the store as the journal's records left it, set up as if read.
     bool adoptReplayedStore(QString* error);
 

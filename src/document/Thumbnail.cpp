@@ -34,6 +34,25 @@ QImage renderThumbnail(std::shared_ptr<const runtime::Composition> composition, 
     return renderer.snapshot();
 }
 
+QList<QImage> renderStopFramePictures(std::shared_ptr<const runtime::Composition> composition, QSize size, int stopFrames,
+                                      double duration, const QUrl& documentURL)
+{
+    QList<QImage> pictures;
+    if (!composition || stopFrames <= 0) return pictures;
+    runtime::Renderer renderer(composition, size);
+    renderer.userInfo().insert(model::QuartzComponent::documentURLKey(), documentURL);
+    const double step = double(0.04f);
+    UnattendedTrigger trigger(renderer);
+    // Waiting steps do not advance the template: give it the held steps on top.
+    for (double t = 0; t <= duration + step * stopFrames && pictures.size() < stopFrames; t += step) {
+        renderer.render(t);
+        if (trigger.afterStep()) pictures.append(renderer.snapshot());
+    }
+    return pictures;
+}
+
+QString stepPictureName(int index) { return QStringLiteral("Step-%1.jpg").arg(index + 1, 2, 10, QLatin1Char('0')); }
+
 bool writeThumbnail(const QImage& image, const QString& path)
 {
     if (image.isNull()) return false;

@@ -3,6 +3,7 @@
 // its poster frame, pulsing the trigger at every stop frame on the way.
 
 #include <QImage>
+#include <QList>
 #include <QSize>
 #include <QUrl>
 
@@ -19,6 +20,15 @@ namespace document {
 QImage renderThumbnail(const QString& previewPath, QSize size, double posterFrameTimepoint, const QUrl& documentURL);
 QImage renderThumbnail(std::shared_ptr<const runtime::Composition> preview, QSize size, double posterFrameTimepoint,
                        const QUrl& documentURL);
+
+// The picture at which playout holds at each stop frame, in order: the
+// template played from 0 in the thumbnail's steps with nobody at the
+// trigger, a picture taken whenever it waits, until it has waited
+// `stopFrames` times or played `duration` seconds.
+QList<QImage> renderStopFramePictures(std::shared_ptr<const runtime::Composition> composition, QSize size, int stopFrames,
+                                      double duration, const QUrl& documentURL);
+// "Step-01.jpg", "Step-02.jpg", ... in the package's "QuickLook" folder.
+QString stepPictureName(int index);
 
 // JPEG at quality 90, written atomically.
 bool writeThumbnail(const QImage& image, const QString& path);
