@@ -80,6 +80,19 @@ protected:
         return c;
     }
 
+    // A component with only the given attributes.
+    model::QuartzComponent* addBareComponent(std::initializer_list<AttributeSpec> attributes)
+    {
+        model::UndoRegistrationPause quiet(undoManager());
+        auto* c = document->store().insertNewObject<model::QuartzComponent>();
+        c->setTitle(QStringLiteral("Bare"));
+        c->setCompositionFilename(QStringLiteral("bare.qtz"));
+        for (const AttributeSpec& spec : attributes) addAttribute(c, spec);
+        c->initializeAttributeObservers();
+        composition->addComponent(c);
+        return c;
+    }
+
     model::Attribute* addAttribute(model::QuartzComponent* c, const AttributeSpec& spec)
     {
         const QString key = QString::fromLatin1(spec.key);
