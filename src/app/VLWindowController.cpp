@@ -14,6 +14,7 @@
 #include "model/Composition.h"
 #include "model/NotificationHelper.h"
 #include "model/Timecode.h"
+#include "inspector/VLInspectorController.h"
 #include "timeline/TimelinePanel.h"
 
 #include <QAction>
@@ -95,6 +96,7 @@ void VLWindowController::attachDocument()
         });
     view_->setDocument(document_.get());
     timelinePanel_->setDocument(document_.get(), [this] { return commands_.get(); });
+    inspector_->setDocument(document_.get(), [this] { return commands_.get(); });
     observeDocument();
     undoConnection_ = connect(&document_->store().undoManager(), &model::UndoManager::changed, this,
                               &VLWindowController::updateUndoActions);
@@ -112,6 +114,7 @@ void VLWindowController::detachDocument()
     undoConnection_ = {};
     view_->setDocument(nullptr);
     timelinePanel_->setDocument(nullptr);
+    inspector_->setDocument(nullptr);
     commands_.reset();
 }
 

@@ -1,7 +1,9 @@
 // velloran [FILE.composition...]: the editor. Opens the given documents, or
 // a new one at the preferred video mode.
-// velloran --screenshot OUT.png [--time SECONDS] [FILE.composition]: renders
-// the first window once into OUT.png and quits without saving.
+// velloran --screenshot OUT.png [--time SECONDS] [--select TITLE]... [FILE.composition]:
+// renders the first window once into OUT.png and quits without saving; the
+// components with the given titles are selected first, so that the
+// inspector shows them.
 
 #include "app/CompositionDocumentsController.h"
 #include "app/EditorStyle.h"
@@ -30,7 +32,7 @@ void closeWithoutSaving(app::CompositionDocumentsController& controller)
 }
 
 int takeScreenshot(app::CompositionDocumentsController& controller, const QStringList& paths, const QString& output,
-                   const QString& time)
+                   const QString& time, const QStringList& titles)
 {
     bool validTime = true;
     const double seconds = time.isEmpty() ? 0.0 : time.toDouble(&validTime);
@@ -52,6 +54,12 @@ int takeScreenshot(app::CompositionDocumentsController& controller, const QStrin
     if (controller.windows().empty()) return 1;
     app::VLWindowController* window = controller.windows().front();
     if (!time.isEmpty()) window->document()->composition()->setEditorTimepoint(seconds);
+    QString missing;
+    if (!titles.isEmpty() && !app::selectComponentsWithTitles(*window->document()->composition(), titles, &missing)) {
+        std::fprintf(stderr, "velloran: --select: no component is titled \"%s\"\n", qPrintable(missing));
+        closeWithoutSaving(controller);
+        return 1;
+    }
     const bool saved = app::saveWindowScreenshot(window, output);
     if (!saved) std::fprintf(stderr, "velloran: could not write %s\n", qPrintable(output));
     closeWithoutSaving(controller);
@@ -79,17 +87,22 @@ int main(int argc, char** argv)
     const QCommandLineOption time(QStringLiteral("time"),
                                   QStringLiteral("With --screenshot: move the playhead to SECONDS first."),
                                   QStringLiteral("SECONDS"));
+    const QCommandLineOption select(QStringLiteral("select"),
+                                    QStringLiteral("With --screenshot: select the components titled TITLE first (repeatable)."),
+                                    QStringLiteral("TITLE"));
     parser.addOption(screenshot);
     parser.addOption(time);
+    parser.addOption(select);
     parser.addPositionalArgument(QStringLiteral("file"), QStringLiteral("A .composition document to open."),
                                  QStringLiteral("[FILE.composition...]"));
     parser.process(application);
 
     app::CompositionDocumentsController controller;
     if (parser.isSet(screenshot))
-        return takeScreenshot(controller, parser.positionalArguments(), parser.value(screenshot), parser.value(time));
-    if (parser.isSet(time)) {
-        std::fprintf(stderr, "velloran: --time only goes with --screenshot\n");
+        return takeScreenshot(controller, parser.positionalArguments(), parser.value(screenshot), parser.value(time),
+                              parser.values(select));
+    if (parser.isSet(time) || parser.isSet(select)) {
+        std::fprintf(stderr, "velloran: --time and --select only go with --screenshot\n");
         return 2;
     }
 

@@ -10,6 +10,7 @@
 #include <QVariant>
 
 class QLabel;
+class QLineEdit;
 class QWidget;
 
 namespace inspector {
@@ -41,6 +42,8 @@ public:
     // True between editStarted() and editFinished(): the model's echo of the
     // user's own change is then not shown, and the rows are not rebuilt.
     bool isEditing() const { return editing_; }
+    // Ends a gesture in progress (the window's Undo is about to run).
+    void finishEditing() { endEdit(); }
     // The value last shown, and whether it was mixed.
     const QVariant& shownValue() const { return shownValue_; }
     bool shownMixed() const { return shownMixed_; }
@@ -86,5 +89,14 @@ private:
 
 // The placeholder of a control whose selection disagrees.
 QString mixedValuesPlaceholder();
+
+// Lets the document's Undo and Redo keys through a text control instead of
+// its own one-field undo, which would change the text behind the model's
+// back; a gesture in progress ends first, so Undo takes it back whole.
+void routeUndoKeysToDocument(QWidget* control, AttributeEditor* editor);
+
+// Puts text into a line edit showing its beginning, as a field that is not
+// being typed in should.
+void showTextFromStart(QLineEdit* field, const QString& text);
 
 }  // namespace inspector

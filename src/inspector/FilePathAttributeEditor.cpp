@@ -11,6 +11,7 @@ FilePathAttributeEditor::FilePathAttributeEditor(const EditorOptions& options) :
 {
     field_ = new QLineEdit;
     setParent(field_);
+    routeUndoKeysToDocument(field_, this);
     button_ = new QPushButton(QStringLiteral("Choose..."));
     connect(field_, &QObject::destroyed, button_, &QObject::deleteLater);
     // A path half typed names no file: it is written only when finished.
@@ -27,7 +28,7 @@ void FilePathAttributeEditor::showValue(const QVariant& value, bool mixed)
     rememberShown(value, mixed);
     const QSignalBlocker quiet(field_);
     field_->setPlaceholderText(mixed ? mixedValuesPlaceholder() : QString());
-    field_->setText(mixed ? QString() : value.toString());
+    showTextFromStart(field_, mixed ? QString() : value.toString());
     field_->setModified(false);
 }
 

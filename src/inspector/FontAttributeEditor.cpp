@@ -15,6 +15,9 @@ FontAttributeEditor::FontAttributeEditor(const EditorOptions& options) : Attribu
     layout->setContentsMargins(0, 0, 0, 0);
     label_ = new QLabel(widget_);
     label_->setTextInteractionFlags(Qt::NoTextInteraction);
+    // A long family name is cut rather than widening the whole inspector.
+    label_->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
+    label_->setMinimumWidth(40);
     button_ = new QPushButton(QStringLiteral("Choose..."), widget_);
     layout->addWidget(label_, 1);
     layout->addWidget(button_);
@@ -27,6 +30,7 @@ void FontAttributeEditor::showValue(const QVariant& value, bool mixed)
     const QFont font = value.value<QFont>();
     label_->setText(mixed ? mixedValuesPlaceholder()
                           : QStringLiteral("%1 %2").arg(font.family()).arg(font.pointSizeF()));
+    label_->setToolTip(label_->text());
 }
 
 QWidget* FontAttributeEditor::widget() const { return widget_; }

@@ -18,8 +18,9 @@ QToolButton* button(QWidget* parent, const char* image, const QString& tip, cons
 {
     auto* b = new QToolButton(parent);
     b->setIcon(widgets::NamedImages::imageNamed(QLatin1String(image)));
-    b->setIconSize(QSize(14, 14));
+    b->setIconSize(QSize(12, 12));
     b->setAutoRaise(true);
+    b->setFixedSize(18, 18);
     b->setToolTip(tip);
     b->setObjectName(name);
     return b;

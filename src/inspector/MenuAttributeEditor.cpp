@@ -26,7 +26,10 @@ MenuAttributeEditor::MenuAttributeEditor(const EditorOptions& options) : Attribu
         for (int i = 0; i < 5; ++i)
             segments.push_back({i, widgets::NamedImages::imageNamed(QLatin1String(icons[i])), textJustificationNames()[i]});
         alignment_ = new widgets::VLSegmentedControl(segments);
-        for (int i = 0; i < 5; ++i) alignment_->buttonForTag(i)->setCheckable(true);
+        for (int i = 0; i < 5; ++i) {
+            alignment_->buttonForTag(i)->setCheckable(true);
+            alignment_->buttonForTag(i)->setIconSize(QSize(16, 16));
+        }
         connect(alignment_, &widgets::VLSegmentedControl::segmentTriggered, this, [this](int tag) {
             showValue(tag, false);
             editOnce(tag);

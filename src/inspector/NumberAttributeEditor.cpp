@@ -16,6 +16,7 @@ NumberAttributeEditor::NumberAttributeEditor(const EditorOptions& options, bool 
 {
     field_ = new QLineEdit;
     setParent(field_);
+    routeUndoKeysToDocument(field_, this);
     field_->setAlignment(Qt::AlignRight);
     connect(field_, &QLineEdit::textEdited, this, &NumberAttributeEditor::typed);
     connect(field_, &QLineEdit::editingFinished, this, &NumberAttributeEditor::finishTyping);
@@ -73,7 +74,7 @@ void NumberAttributeEditor::showValue(const QVariant& value, bool mixed)
     const QSignalBlocker quiet(field_);
     field_->setPlaceholderText(mixed ? mixedValuesPlaceholder() : QString());
     const QString text = mixed || !value.isValid() ? QString() : format(value.toDouble());
-    if (field_->text() != text) field_->setText(text);
+    showTextFromStart(field_, text);
 }
 
 void NumberAttributeEditor::typed(const QString& text)

@@ -25,6 +25,7 @@ StyledTextAttributeEditor::StyledTextAttributeEditor(const EditorOptions& option
     view_ = new StyledTextView;
     setParent(view_);
     view_->setAcceptRichText(true);
+    routeUndoKeysToDocument(view_, this);
     view_->setFixedHeight(view_->sizeHint().height());
     connect(view_, &QTextEdit::textChanged, this, [this] {
         beginEdit();

@@ -11,6 +11,7 @@ TextAttributeEditor::TextAttributeEditor(const EditorOptions& options) : Attribu
 {
     field_ = new QLineEdit;
     setParent(field_);
+    routeUndoKeysToDocument(field_, this);
     editButton_ = new QPushButton(QStringLiteral("Edit..."));
     // The button row is separate in the form; it goes when the field goes.
     connect(field_, &QObject::destroyed, editButton_, &QObject::deleteLater);
@@ -28,7 +29,7 @@ void TextAttributeEditor::showValue(const QVariant& value, bool mixed)
     const QSignalBlocker quiet(field_);
     field_->setPlaceholderText(mixed ? mixedValuesPlaceholder() : QString());
     const QString text = mixed ? QString() : value.toString();
-    if (field_->text() != text) field_->setText(text);
+    showTextFromStart(field_, text);
 }
 
 QWidget* TextAttributeEditor::widget() const { return field_; }

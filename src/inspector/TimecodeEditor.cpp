@@ -11,6 +11,7 @@ TimecodeEditor::TimecodeEditor(const EditorOptions& options, Format format, Pars
 {
     field_ = new QLineEdit;
     setParent(field_);
+    routeUndoKeysToDocument(field_, this);
     field_->setAlignment(Qt::AlignRight);
     connect(field_, &QLineEdit::editingFinished, this, &TimecodeEditor::commit);
 }
@@ -21,7 +22,7 @@ void TimecodeEditor::showValue(const QVariant& value, bool mixed)
     const QSignalBlocker quiet(field_);
     const bool none = noneBelow_ && value.toDouble() < *noneBelow_;
     field_->setPlaceholderText(mixed ? mixedValuesPlaceholder() : none ? noneText_ : QString());
-    field_->setText(mixed || none || !value.isValid() ? QString() : format_(value.toDouble()));
+    showTextFromStart(field_, mixed || none || !value.isValid() ? QString() : format_(value.toDouble()));
     field_->setModified(false);
 }
 

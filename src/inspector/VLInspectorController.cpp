@@ -48,6 +48,8 @@ VLInspectorController::VLInspectorController(QWidget* parent) : QWidget(parent)
     tabBar_->setExpanding(true);
     tabBar_->setDocumentMode(true);
     tabBar_->setIconSize(QSize(18, 18));
+    tabBar_->setUsesScrollButtons(false);
+    tabBar_->setElideMode(Qt::ElideRight);
     const std::pair<const char*, const char*> tabs[] = {
         {"Properties", "InspectorProperties"}, {"Permissions", "InspectorPermissions"}, {"Document", "InspectorDocument"}};
     for (const auto& [title, icon] : tabs)

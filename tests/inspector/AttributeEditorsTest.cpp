@@ -20,6 +20,7 @@
 #include <QCheckBox>
 #include <QComboBox>
 #include <QImage>
+#include <QKeyEvent>
 #include <QLabel>
 #include <QLineEdit>
 #include <QMouseEvent>
@@ -90,6 +91,23 @@ TEST_F(AttributeEditors, StringFieldWritesWhileTypingAsOneStep)
     expectOneStep();
     undoManager().undo();
     EXPECT_EQ(value(box, "Name").toString(), QStringLiteral("Hello"));
+    EXPECT_EQ(text->field()->text(), QStringLiteral("Hello"));
+}
+
+TEST_F(AttributeEditors, UndoKeysInAFieldEndTheTypingAndGoToTheDocument)
+{
+    auto* text = editor<inspector::TextAttributeEditor>(QStringLiteral("Name"));
+    text->field()->setFocus();
+    QTest::keyClicks(text->field(), QStringLiteral("!"));
+    ASSERT_TRUE(text->isEditing());
+    QKeyEvent undoKeys(QEvent::ShortcutOverride, Qt::Key_Z, Qt::ControlModifier);
+    QCoreApplication::sendEvent(text->field(), &undoKeys);
+    // Not taken by the field's own undo: the window's Undo gets the keys,
+    // and finds the typing closed as one step.
+    EXPECT_FALSE(undoKeys.isAccepted());
+    EXPECT_FALSE(text->isEditing());
+    expectOneStep();
+    undoManager().undo();
     EXPECT_EQ(text->field()->text(), QStringLiteral("Hello"));
 }
 
