@@ -44,6 +44,7 @@ void TextAttributeEditor::showTextPanel()
     panel_->setAttribute(Qt::WA_DeleteOnClose);
     panel_->setWindowTitle(options().label);
     panel_->setStringValue(keptValue_);
+    panel_->textView()->moveCursor(QTextCursor::End);
     connect(panel_, &VLTextPanel::textPanelDidChange, this, &TextAttributeEditor::textPanelDidChange);
     connect(panel_, &QDialog::finished, this, &TextAttributeEditor::textPanelFinished);
     beginEdit();
@@ -53,6 +54,11 @@ void TextAttributeEditor::showTextPanel()
 void TextAttributeEditor::textPanelDidChange(const QString& text)
 {
     beginEdit();
+    {
+        // The field under the panel shows the same text.
+        const QSignalBlocker quiet(field_);
+        field_->setText(text);
+    }
     Q_EMIT edited(text);
 }
 

@@ -21,6 +21,13 @@ VLInspectorPermissionsController::VLInspectorPermissionsController(VLInspectorCo
     setObjectName(QStringLiteral("permissionsPane"));
 }
 
+const QStringList& VLInspectorPermissionsController::editorOnlyKeys()
+{
+    static const QStringList keys{QStringLiteral("marginX"), QStringLiteral("marginY"),
+                                  QStringLiteral("visibleInCompositionEditor")};
+    return keys;
+}
+
 CheckboxAttributeEditor* VLInspectorPermissionsController::switchForKey(const QString& key) const
 {
     for (const auto& [k, editor] : switches_)
@@ -43,6 +50,7 @@ void VLInspectorPermissionsController::rebuild()
     std::map<QString, QString> labels;
     for (model::QuartzComponent* c : components)
         for (model::Attribute* a : c->attributes()) {
+            if (editorOnlyKeys().contains(a->key())) continue;
             byKey[a->key()].push_back(a);
             labels.emplace(a->key(), VLInspectorAttributesController::rowLabel(a->label()));
         }
@@ -79,7 +87,8 @@ void VLInspectorPermissionsController::setAll(bool allowed)
     if (!undoManager()) return;
     model::UndoGroup group(*undoManager(), allowed ? QStringLiteral("Allow All") : QStringLiteral("Allow None"));
     for (model::QuartzComponent* c : selectedComponents())
-        for (model::Attribute* a : c->attributes()) a->setPermissionToChange(allowed);
+        for (model::Attribute* a : c->attributes())
+            if (!editorOnlyKeys().contains(a->key())) a->setPermissionToChange(allowed);
 }
 
 }  // namespace inspector

@@ -17,6 +17,10 @@ class VLInspectorPermissionsController : public VLInspectorViewContoller {
 public:
     explicit VLInspectorPermissionsController(VLInspectorController* inspectorController);
 
+    // Keys the export never publishes (the editor's own margins and
+    // visibility): their switch would change nothing, so they get none.
+    static const QStringList& editorOnlyKeys();
+
     void rebuild() override;
     // Every attribute of the selection allowed, or none.
     void setAll(bool allowed);

@@ -8,6 +8,8 @@
 #include "widgets/VLSegmentedControl.h"
 
 #include <QComboBox>
+#include <QDir>
+#include <QFile>
 #include <QPointer>
 #include <QWidget>
 
@@ -118,4 +120,19 @@ TEST(AttributeEditorFactory, TheEditorGoesWithItsWidget)
     QPointer<inspector::AttributeEditor> editor = made.editor;
     made.widget.reset();
     EXPECT_TRUE(editor.isNull());
+}
+
+TEST(AttributeEditorFactory, EditorsIncludeNoModelHeader)
+{
+    // Only the factory, which reads the type table, and the bindings and
+    // panes that own the editors know the model.
+    const QDir dir(QStringLiteral(VELLORAN_SOURCE_DIR "/src/inspector"));
+    const QStringList editors = dir.entryList({QStringLiteral("*Editor.h"), QStringLiteral("*Editor.cpp"),
+                                               QStringLiteral("ColourWell.*"), QStringLiteral("VLTextPanel.*")});
+    ASSERT_GE(editors.size(), 24);
+    for (const QString& name : editors) {
+        QFile file(dir.filePath(name));
+        ASSERT_TRUE(file.open(QIODevice::ReadOnly)) << name.toStdString();
+        EXPECT_FALSE(file.readAll().contains("#include \"model/")) << name.toStdString();
+    }
 }
