@@ -272,10 +272,17 @@ void VLInspectorController::closePanels()
 void VLInspectorController::editingChanged(bool editing)
 {
     editing_ = std::max(0, editing_ + (editing ? 1 : -1));
-    if (editing_ == 0 && updatePending_) {
-        // The gesture's own signal may still be running: rebuild afterwards.
-        QMetaObject::invokeMethod(this, &VLInspectorController::updateIfNeeded, Qt::QueuedConnection);
-    }
+    if (editing_ > 0) return;
+    // What waited for the gesture (a new selection, a tab's panes) is done
+    // now, after the gesture's own signal has returned.
+    QMetaObject::invokeMethod(
+        this,
+        [this] {
+            if (isEditing()) return;
+            if (updatePending_) updateIfNeeded();
+            else updateGroups();
+        },
+        Qt::QueuedConnection);
 }
 
 }  // namespace inspector

@@ -10,6 +10,7 @@
 #include "inspector/MenuAttributeEditor.h"
 #include "inspector/NumberAttributeEditor.h"
 #include "inspector/PropertyPanes.h"
+#include "inspector/VLInspectorPermissionsController.h"
 #include "inspector/TextAttributeEditor.h"
 
 #include "widgets/VLSegmentedControl.h"
@@ -161,4 +162,23 @@ TEST_F(MultiSelection, ASelectionChangeWhileTypingWaitsForTheTypingToEnd)
     EXPECT_FALSE(field);
     EXPECT_EQ(editor<inspector::TextAttributeEditor>(QStringLiteral("Name"))->field()->text(), QStringLiteral("F"));
     EXPECT_EQ(value(second, "Name").toString(), QStringLiteral("F"));
+}
+
+TEST_F(MultiSelection, SwitchingTabsWhileTypingEndsTheTypingAsOneStepAndFillsTheTab)
+{
+    auto* name = editor<inspector::TextAttributeEditor>(QStringLiteral("Name"));
+    name->field()->setFocus();
+    QTest::keyClicks(name->field(), QStringLiteral("Gus"));
+    ASSERT_TRUE(inspector.isEditing());
+    ASSERT_EQ(inspector.permissionsController()->switchForKey(QStringLiteral("Name")), nullptr);
+    // The field goes out of sight with its tab: the typing ends there.
+    inspector.setupForTab(inspector::InspectorTab::Permissions);
+    settle();
+    EXPECT_FALSE(inspector.isEditing());
+    EXPECT_EQ(undoManager().undoCount(), 1u);
+    EXPECT_EQ(value(second, "Name").toString(), QStringLiteral("Gus"));
+    auto* nameSwitch = inspector.permissionsController()->switchForKey(QStringLiteral("Name"));
+    ASSERT_NE(nameSwitch, nullptr);
+    first->attributeForKey(QStringLiteral("Name"))->setPermissionToChange(true);
+    EXPECT_EQ(nameSwitch->checkBox()->checkState(), Qt::PartiallyChecked);
 }
