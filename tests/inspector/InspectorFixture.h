@@ -24,7 +24,7 @@
 #include <initializer_list>
 #include <memory>
 
-struct AttributeSpec {
+struct TestAttribute {
     const char* key;
     int type;
     QVariant value;
@@ -61,7 +61,7 @@ protected:
 
     // A component of `file` with the standard attributes and the given ones.
     model::QuartzComponent* addComponent(const QString& title, const QString& file,
-                                         std::initializer_list<AttributeSpec> extra = {})
+                                         std::initializer_list<TestAttribute> extra = {})
     {
         model::UndoRegistrationPause quiet(undoManager());
         auto* c = document->store().insertNewObject<model::QuartzComponent>();
@@ -72,7 +72,7 @@ protected:
                                                            {"marginX", 0}, {"marginY", 0}};
         for (const auto& [key, value] : standard) addAttribute(c, {key, model::kTypeNumber, float(value)});
         addAttribute(c, {"visibleInCompositionEditor", model::kTypeBoolean, true});
-        for (const AttributeSpec& spec : extra) addAttribute(c, spec);
+        for (const TestAttribute& wanted : extra) addAttribute(c, wanted);
         c->initializeAttributeObservers();
         composition->addComponent(c);
         c->setStartTime(0);
@@ -81,24 +81,24 @@ protected:
     }
 
     // A component with only the given attributes.
-    model::QuartzComponent* addBareComponent(std::initializer_list<AttributeSpec> attributes)
+    model::QuartzComponent* addBareComponent(std::initializer_list<TestAttribute> attributes)
     {
         model::UndoRegistrationPause quiet(undoManager());
         auto* c = document->store().insertNewObject<model::QuartzComponent>();
         c->setTitle(QStringLiteral("Bare"));
         c->setCompositionFilename(QStringLiteral("bare.qtz"));
-        for (const AttributeSpec& spec : attributes) addAttribute(c, spec);
+        for (const TestAttribute& wanted : attributes) addAttribute(c, wanted);
         c->initializeAttributeObservers();
         composition->addComponent(c);
         return c;
     }
 
-    model::Attribute* addAttribute(model::QuartzComponent* c, const AttributeSpec& spec)
+    model::Attribute* addAttribute(model::QuartzComponent* c, const TestAttribute& wanted)
     {
-        const QString key = QString::fromLatin1(spec.key);
-        model::Attribute* a = model::Attribute::create(&document->store(), key, spec.label.isEmpty() ? key : spec.label,
-                                                       spec.type, spec.value);
-        if (!spec.possibleValues.isEmpty()) a->setPossibleValues(spec.possibleValues);
+        const QString key = QString::fromLatin1(wanted.key);
+        model::Attribute* a = model::Attribute::create(&document->store(), key, wanted.label.isEmpty() ? key : wanted.label,
+                                                       wanted.type, wanted.value);
+        if (!wanted.possibleValues.isEmpty()) a->setPossibleValues(wanted.possibleValues);
         a->setToOne(QStringLiteral("component"), c);
         return a;
     }
