@@ -15,6 +15,7 @@
 #include "model/Composition.h"
 #include "model/NotificationHelper.h"
 #include "model/Timecode.h"
+#include "inspector/VLInspectorController.h"
 #include "timeline/TimelinePanel.h"
 
 #include <QAction>
@@ -96,6 +97,7 @@ void VLWindowController::attachDocument()
         });
     view_->setDocument(document_.get());
     timelinePanel_->setDocument(document_.get(), [this] { return commands_.get(); });
+    inspector_->setDocument(document_.get(), [this] { return commands_.get(); });
     observeDocument();
     undoConnection_ = connect(&document_->store().undoManager(), &model::UndoManager::changed, this,
                               &VLWindowController::updateUndoActions);
@@ -113,6 +115,7 @@ void VLWindowController::detachDocument()
     undoConnection_ = {};
     view_->setDocument(nullptr);
     timelinePanel_->setDocument(nullptr);
+    inspector_->setDocument(nullptr);
     commands_.reset();
 }
 

@@ -36,6 +36,10 @@ namespace timeline {
 class TimelinePanel;
 }
 
+namespace inspector {
+class VLInspectorController;
+}
+
 namespace app {
 
 class CompositionDocumentsController;
@@ -61,6 +65,7 @@ public:
     QSplitter* splitter() const { return splitter_; }
     timeline::TimelinePanel* timelinePanel() const { return timelinePanel_; }
     QDockWidget* inspectorDock() const { return inspectorDock_; }
+    ::inspector::VLInspectorController* inspector() const { return inspector_; }
     QDockWidget* libraryDock() const { return libraryDock_; }
     VLLibraryController* library() const { return library_; }
     // A menu action by its object name (the command names: "save", "undo",
@@ -137,6 +142,7 @@ private:
     QSplitter* splitter_;
     timeline::TimelinePanel* timelinePanel_;
     QDockWidget* inspectorDock_;
+    ::inspector::VLInspectorController* inspector_;
     QDockWidget* libraryDock_;
     VLLibraryController* library_;
     bool remembersWindowState_ = true;

@@ -7,12 +7,12 @@
 #include "app/VLWindowController.h"
 
 #include "canvas/VLZoomScrollView.h"
+#include "inspector/VLInspectorController.h"
 #include "model/Settings.h"
 #include "timeline/TimelinePanel.h"
 
 #include <QDockWidget>
 #include <QFileInfo>
-#include <QLabel>
 #include <QSplitter>
 #include <QVariantMap>
 
@@ -47,12 +47,8 @@ void VLWindowController::buildPanels()
     splitter_->setStretchFactor(1, 0);
     setCentralWidget(splitter_);
 
-    auto* inspector = new QLabel(tr("Inspector"));
-    inspector->setObjectName(QStringLiteral("inspectorPlaceholder"));
-    inspector->setAlignment(Qt::AlignCenter);
-    inspector->setEnabled(false);
-    inspector->setMinimumWidth(260);
-    inspectorDock_ = makeDock(this, QStringLiteral("inspectorDock"), tr("Inspector"), inspector);
+    inspector_ = new inspector::VLInspectorController;
+    inspectorDock_ = makeDock(this, QStringLiteral("inspectorDock"), tr("Inspector"), inspector_);
     addDockWidget(Qt::RightDockWidgetArea, inspectorDock_);
 
     library_ = new VLLibraryController;
@@ -60,7 +56,7 @@ void VLWindowController::buildPanels()
     libraryDock_ = makeDock(this, QStringLiteral("libraryDock"), tr("Library"), library_);
     addDockWidget(Qt::LeftDockWidgetArea, libraryDock_);
     connect(library_, &VLLibraryController::doubleClicked, this, &VLWindowController::doubleClickedItem);
-    resizeDocks({libraryDock_, inspectorDock_}, {260, 300}, Qt::Horizontal);
+    resizeDocks({libraryDock_, inspectorDock_}, {260, 340}, Qt::Horizontal);
 }
 
 void VLWindowController::restoreWindowState()

@@ -1,11 +1,16 @@
 #include "app/WindowScreenshot.h"
 
+#include "model/Composition.h"
+#include "model/QuartzComponent.h"
+
 #include <QCoreApplication>
 #include <QElapsedTimer>
 #include <QPixmap>
 #include <QThread>
 #include <QWidget>
 #include <QWindow>
+
+#include <algorithm>
 
 namespace app {
 
@@ -29,6 +34,22 @@ bool saveWindowScreenshot(QWidget* window, const QString& path, int timeoutMs)
     // Rendering paints every widget afresh, so nothing depends on whether
     // the screen has been painted yet.
     return window->grab().save(path, "PNG");
+}
+
+bool selectComponentsWithTitles(model::Composition& composition, const QStringList& titles, QString* missing)
+{
+    const std::vector<model::QuartzComponent*> all = composition.componentArray();
+    for (const QString& title : titles) {
+        const bool found = std::any_of(all.begin(), all.end(), [&](const model::QuartzComponent* c) { return c->title() == title; });
+        if (!found) {
+            if (missing) *missing = title;
+            return false;
+        }
+    }
+    composition.clearSelection();
+    for (model::QuartzComponent* c : all)
+        if (titles.contains(c->title())) c->setSelected(true);
+    return true;
 }
 
 }  // namespace app

@@ -3,8 +3,13 @@
 // editor without a person at the screen (`velloran --screenshot`).
 
 #include <QString>
+#include <QStringList>
 
 class QWidget;
+
+namespace model {
+class Composition;
+}
 
 namespace app {
 
@@ -12,5 +17,11 @@ namespace app {
 // its layout has settled, then renders it into `path` as PNG. False when
 // the file could not be written.
 bool saveWindowScreenshot(QWidget* window, const QString& path, int timeoutMs = 10000);
+
+// Selects exactly the components whose title is one of `titles` (every
+// component of a title shared by several). False, with the first title no
+// component has in `missing`, when one is unknown; the selection is then
+// left as it was.
+bool selectComponentsWithTitles(model::Composition& composition, const QStringList& titles, QString* missing);
 
 }  // namespace app

@@ -1,7 +1,9 @@
 // velloran [FILE.composition...]: the editor. Opens the given documents, or
 // a new one at the preferred video mode.
-// velloran --screenshot OUT.png [--time SECONDS] [FILE.composition]: renders
-// the first window once into OUT.png and quits without saving.
+// velloran --screenshot OUT.png [--time SECONDS] [--select TITLE]... [FILE.composition]:
+// renders the first window once into OUT.png and quits without saving; the
+// components with the given titles are selected first, so that the
+// inspector shows them.
 // velloran --preview FILE.composition [--screenshot OUT.png [--time SECONDS]]:
 // opens the document's preview; with --screenshot, plays it to SECONDS
 // (released at every stop frame on the way), renders the preview window
@@ -35,7 +37,7 @@ void closeWithoutSaving(app::CompositionDocumentsController& controller)
 }
 
 int takeScreenshot(app::CompositionDocumentsController& controller, const QStringList& paths, const QString& output,
-                   const QString& time, bool previewed)
+                   const QString& time, bool previewed, const QStringList& titles)
 {
     bool validTime = true;
     const double seconds = time.isEmpty() ? 0.0 : time.toDouble(&validTime);
@@ -56,6 +58,12 @@ int takeScreenshot(app::CompositionDocumentsController& controller, const QStrin
     if (controller.windows().empty()) controller.newDocument();
     if (controller.windows().empty()) return 1;
     app::VLWindowController* window = controller.windows().front();
+    QString missing;
+    if (!titles.isEmpty() && !app::selectComponentsWithTitles(*window->document()->composition(), titles, &missing)) {
+        std::fprintf(stderr, "velloran: --select: no component is titled \"%s\"\n", qPrintable(missing));
+        closeWithoutSaving(controller);
+        return 1;
+    }
     bool saved = false;
     if (previewed) {
         controller.preview().togglePreviewForCompositionDocument(window->document());
@@ -96,9 +104,13 @@ int main(int argc, char** argv)
     const QCommandLineOption previewOption(QStringLiteral("preview"),
                                            QStringLiteral("Show the first document's preview; with --screenshot, "
                                                           "render the preview window at SECONDS instead."));
+    const QCommandLineOption select(QStringLiteral("select"),
+                                    QStringLiteral("With --screenshot: select the components titled TITLE first (repeatable)."),
+                                    QStringLiteral("TITLE"));
     parser.addOption(screenshot);
     parser.addOption(time);
     parser.addOption(previewOption);
+    parser.addOption(select);
     parser.addPositionalArgument(QStringLiteral("file"), QStringLiteral("A .composition document to open."),
                                  QStringLiteral("[FILE.composition...]"));
     parser.process(application);
@@ -106,9 +118,9 @@ int main(int argc, char** argv)
     app::CompositionDocumentsController controller;
     if (parser.isSet(screenshot))
         return takeScreenshot(controller, parser.positionalArguments(), parser.value(screenshot), parser.value(time),
-                              parser.isSet(previewOption));
-    if (parser.isSet(time)) {
-        std::fprintf(stderr, "velloran: --time only goes with --screenshot\n");
+                              parser.isSet(previewOption), parser.values(select));
+    if (parser.isSet(time) || parser.isSet(select)) {
+        std::fprintf(stderr, "velloran: --time and --select only go with --screenshot\n");
         return 2;
     }
 

@@ -1,5 +1,6 @@
 #include "widgets/NamedImages.h"
 
+#include "widgets/InspectorArtwork.h"
 #include "widgets/TimelineArtwork.h"
 #include "widgets/ToolbarArtwork.h"
 
@@ -11,6 +12,7 @@ namespace {
 
 const QString kToolbarPrefix = QStringLiteral("Toolbar");
 const QString kTimelinePrefix = QStringLiteral("Timeline");
+const QString kInspectorPrefix = QStringLiteral("Inspector");
 
 QStringList toolbarNames()
 {
@@ -27,6 +29,7 @@ QStringList NamedImages::names()
 {
     QStringList result = toolbarNames();
     for (const QString& name : TimelineArtwork::names()) result << kTimelinePrefix + name;
+    for (const QString& name : InspectorArtwork::names()) result << kInspectorPrefix + name;
     return result;
 }
 
@@ -40,6 +43,8 @@ QIcon NamedImages::imageNamed(const QString& name)
             icons.insert(toolbar, ToolbarArtwork::toolbarImageWithName(toolbar.mid(kToolbarPrefix.size())));
         for (const QString& timeline : TimelineArtwork::names())
             icons.insert(kTimelinePrefix + timeline, TimelineArtwork::timelineImageWithName(timeline));
+        for (const QString& inspector : InspectorArtwork::names())
+            icons.insert(kInspectorPrefix + inspector, InspectorArtwork::inspectorImageWithName(inspector));
         return icons;
     }();
     return registry.value(name);

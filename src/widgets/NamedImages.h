@@ -2,7 +2,8 @@
 // The application's drawn images under the names the rest of the program
 // and saved layouts refer to them by: "ToolbarAlignLeft" … "ToolbarDistributeBottom"
 // for alignment and distribution, "TimelineZoomIn" … "TimelineEnd" for the
-// timeline's buttons. Every one is drawn in code at the size asked for.
+// timeline's buttons, "InspectorProperties" … "InspectorTextNatural" for the
+// inspector's tabs and text alignment. Every one is drawn in code at the size asked for.
 
 #include <QIcon>
 #include <QPixmap>

@@ -7,12 +7,12 @@
 #include "app/ProductInfo.h"
 #include "app/VLLibraryController.h"
 #include "canvas/VLZoomScrollView.h"
+#include "inspector/VLInspectorController.h"
 #include "document/CompositionDocument.h"
 #include "model/Composition.h"
 #include "timeline/TimelinePanel.h"
 
 #include <QDockWidget>
-#include <QLabel>
 #include <QSplitter>
 #include <QTest>
 
@@ -45,7 +45,7 @@ TEST_F(DocumentWindowLayoutTest, TheInspectorAndTheLibraryAreDockPanels)
     ASSERT_TRUE(inspector && library);
     EXPECT_EQ(inspector, window->inspectorDock());
     EXPECT_EQ(library->widget(), window->library());
-    EXPECT_TRUE(qobject_cast<QLabel*>(inspector->widget()));
+    EXPECT_EQ(inspector->widget(), static_cast<QWidget*>(window->inspector()));
     EXPECT_EQ(window->dockWidgetArea(inspector), Qt::RightDockWidgetArea);
     EXPECT_EQ(window->dockWidgetArea(library), Qt::LeftDockWidgetArea);
     EXPECT_FALSE(inspector->isHidden());

@@ -87,3 +87,20 @@ TEST_F(ScreenshotTest, WritesThePreviewWaitingAtTheFirstStopFrame)
     EXPECT_EQ(background.alpha(), 255);
     EXPECT_GT(background.blue(), background.red()) << "the demo's own dark blue, not an empty view";
 }
+
+TEST_F(ScreenshotTest, SelectsTheComponentsWithTheGivenTitlesFirst)
+{
+    const QString output = dir.filePath(QStringLiteral("selected.png"));
+    ASSERT_EQ(run({QStringLiteral("--screenshot"), output, QStringLiteral("--select"), QStringLiteral("Lower Third"), demo}), 0)
+        << errors.toStdString();
+    EXPECT_FALSE(QImage(output).isNull());
+}
+
+TEST_F(ScreenshotTest, AnUnknownTitleFailsWithoutAPicture)
+{
+    const QString output = dir.filePath(QStringLiteral("unknown.png"));
+    EXPECT_EQ(run({QStringLiteral("--screenshot"), output, QStringLiteral("--select"), QStringLiteral("Nobody"), demo}), 1);
+    EXPECT_FALSE(QFileInfo::exists(output));
+    EXPECT_TRUE(errors.contains(QStringLiteral("Nobody"))) << errors.toStdString();
+    EXPECT_EQ(run({QStringLiteral("--select"), QStringLiteral("Clock"), demo}), 2);
+}

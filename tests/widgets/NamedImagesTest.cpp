@@ -17,6 +17,8 @@ const QStringList kNames = {
     "TimelinePlay",          "TimelineStop",             "TimelineFrameForwards",  "TimelineEnd",
     "TimelineDiscloseClosed", "TimelineDiscloseOpen",    "TimelinePreviousKeyframe", "TimelineNextKeyframe",
     "TimelineAddKeyframe",   "TimelineRemoveKeyframe",   "TimelineAddStopFrame",   "TimelineRemoveStopFrame",
+    "InspectorProperties",   "InspectorPermissions",     "InspectorDocument",      "InspectorTextLeft",
+    "InspectorTextCenter",   "InspectorTextRight",       "InspectorTextJustified", "InspectorTextNatural",
 };
 
 int paintedPixels(const QPixmap& pixmap)
