@@ -4,6 +4,7 @@
 #include "app/VLLibraryController.h"
 #include "canvas/AlertSheet.h"
 #include "document/FieldSchema.h"
+#include "document/Thumbnail.h"
 #include "canvas/CompositionView.h"
 #include "canvas/VLMainToolbar.h"
 #include "canvas/VLZoomScrollView.h"
@@ -228,8 +229,21 @@ bool VLWindowController::exportFieldSchemaTo(const QString& path)
     return true;
 }
 
+bool VLWindowController::exportStepPicturesTo(const QString& folder)
+{
+    QString error;
+    const QUrl location = document_->fileURL().isEmpty() ? QUrl() : QUrl::fromLocalFile(document_->fileURL());
+    if (!document::exportStepPictures(*document_->composition(), folder, {}, location, &error)) {
+        showError(tr("The step pictures could not be exported."), error);
+        return false;
+    }
+    return true;
+}
+
 QString VLWindowController::choosePath(VLWindowController& window, const QString& kind)
 {
+    if (kind == QLatin1String("folder"))
+        return QFileDialog::getExistingDirectory(&window, tr("Export Step Pictures"), QDir::homePath());
     if (kind == QLatin1String("gdd")) {
         const QString directory = window.document()->fileURL().isEmpty() ? QDir::homePath()
                                                                         : QFileInfo(window.document()->fileURL()).absolutePath();

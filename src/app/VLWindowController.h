@@ -84,6 +84,8 @@ public:
     bool exportDocumentTo(const QString& path);
     // The operator's fields as a Graphics Data Definition (JSON).
     bool exportFieldSchemaTo(const QString& path);
+    // The picture at each stop frame, as PNG files in a folder.
+    bool exportStepPicturesTo(const QString& folder);
     // The preview window playing this document; the movie of it, keyed.
     void showPreview();
     bool renderMovieTo(const QString& path, playout::MovieCodec codec);

@@ -2,6 +2,7 @@
 // canvas action or a clipboard form; each is found by its object name.
 
 #include "app/CompositionDocumentsController.h"
+#include "app/TextCheckDialog.h"
 #include "app/ProductInfo.h"
 #include "app/VLWindowController.h"
 
@@ -82,6 +83,10 @@ void VLWindowController::buildFileMenu()
     addCommand(menu, QStringLiteral("exportFieldSchema"), tr("Export Field Schema…"), {}, [this] {
         const QString path = pathChooser_ ? pathChooser_(*this, QStringLiteral("gdd")) : QString();
         if (!path.isEmpty()) exportFieldSchemaTo(path);
+    });
+    addCommand(menu, QStringLiteral("exportStepPictures"), tr("Export Step Pictures…"), {}, [this] {
+        const QString folder = pathChooser_ ? pathChooser_(*this, QStringLiteral("folder")) : QString();
+        if (!folder.isEmpty()) exportStepPicturesTo(folder);
     });
     addRenderMovieCommand(menu);
     menu->addSeparator();
@@ -182,6 +187,12 @@ void VLWindowController::buildCompositionMenu()
     addCommand(menu, QStringLiteral("togglePosterframe"), tr("Set P&oster Frame"), QKeySequence(tr("Ctrl+Shift+P")),
                [this] { commands_->togglePosterframe(); });
     menu->addSeparator();
+    addCommand(menu, QStringLiteral("checkTextFields"), tr("Check Text Fields…"), {}, [this] {
+        auto* dialog = new TextCheckDialog(document::checkTextFields(*document_->composition()), this);
+        dialog->setAttribute(Qt::WA_DeleteOnClose);
+        dialog->setWindowModality(Qt::WindowModal);
+        dialog->show();
+    });
     addCommand(menu, QStringLiteral("upgradeComposition"), tr("&Upgrade Components"), {},
                [this] { showAlert(commands_->upgradeComposition()); });
     addCommand(menu, QStringLiteral("makePathsRelative"), tr("Make Paths &Relative"), {},

@@ -25,7 +25,8 @@ const std::vector<Command>& commands()
          "doc repair DOC.composition\n"
          "doc recover DOC.composition [--apply|--discard]\n"
          "doc schema DOC.composition [-o FILE]\n"
-         "doc thumbnails DOC.composition DIR [--size WxH]",
+         "doc thumbnails DOC.composition DIR [--size WxH]\n"
+         "doc check-text DOC.composition [--samples FILE.txt]",
          runDocCommand},
     };
     return all;

@@ -8,7 +8,7 @@
 
 namespace cli {
 
-enum ExitCode { kSuccess = 0, kFailure = 1, kUsage = 2 };
+enum ExitCode { kSuccess = 0, kFailure = 1, kUsage = 2, kTextOverflows = 3 };
 
 struct Streams {
     QTextStream& out;

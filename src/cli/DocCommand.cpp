@@ -10,6 +10,7 @@
 #include "document/CompositionExport.h"
 #include "document/DocumentJournal.h"
 #include "document/FieldSchema.h"
+#include "document/TextCheck.h"
 #include "document/Thumbnail.h"
 #include "quartz/QuartzComposition.h"
 #include "runtime/Composition.h"
@@ -290,22 +291,54 @@ int runThumbnails(const QStringList& args, Streams& io)
         return usage(io, QStringLiteral("doc thumbnails needs a document and a folder"));
     auto document = openDocument(rest[0], io);
     if (!document) return kFailure;
-    const model::Composition& composition = *document->composition();
-    const auto exported = document::CompositionExport::exportedComposition(composition, true, &document::CompositionExport::documentKey);
-    if (!exported) return failure(io, QStringLiteral("cannot export %1").arg(rest[0]));
-    if (size.isEmpty()) size = QSize(composition.width(), composition.height());
-    const QList<QImage> pictures = document::renderStopFramePictures(
-        runtime::Composition::fromPlist(exported->fileDictionary(true), nullptr, QFileInfo(rest[0]).absoluteFilePath()), size,
-        int(composition.stopFrames().size()), composition.duration(), QUrl::fromLocalFile(rest[0]));
-    if (!QDir().mkpath(rest[1])) return failure(io, QStringLiteral("cannot create %1").arg(rest[1]));
-    QJsonArray written;
-    for (int i = 0; i < pictures.size(); ++i) {
-        const QString path = QDir(rest[1]).filePath(document::stepPictureName(i).replace(QLatin1String(".jpg"), QLatin1String(".png")));
-        if (!pictures[i].save(path, "PNG")) return failure(io, QStringLiteral("cannot write %1").arg(path));
-        written.append(path);
-    }
-    printJson(io, QJsonObject{{QStringLiteral("pictures"), written}});
+    QString error;
+    const auto written = document::exportStepPictures(*document->composition(), rest[1], size, QUrl::fromLocalFile(rest[0]), &error);
+    if (!written) return failure(io, error);
+    printJson(io, QJsonObject{{QStringLiteral("pictures"), QJsonArray::fromStringList(*written)}});
     return kSuccess;
+}
+
+// Every operator text field tried with worst-case samples; exit 3 when one
+// runs out of its component or the title-safe area.
+int runCheckText(const QStringList& args, Streams& io)
+{
+    QStringList rest = args;
+    QStringList samples;
+    const qsizetype at = rest.indexOf(QStringLiteral("--samples"));
+    if (at >= 0) {
+        if (at + 1 >= rest.size()) return usage(io, QStringLiteral("--samples needs a file"));
+        QFile file(rest[at + 1]);
+        if (!file.open(QIODevice::ReadOnly | QIODevice::Text)) return failure(io, QStringLiteral("cannot read %1").arg(rest[at + 1]));
+        for (const QString& line : QString::fromUtf8(file.readAll()).split(QLatin1Char('\n')))
+            if (!line.trimmed().isEmpty()) samples.append(line);
+        if (samples.isEmpty()) return failure(io, QStringLiteral("%1 holds no sample text").arg(rest[at + 1]));
+        rest.remove(at, 2);
+    }
+    if (rest.size() != 1 || rest[0].startsWith(QLatin1Char('-'))) return usage(io, QStringLiteral("doc check-text needs one document"));
+    auto document = openDocument(rest[0], io);
+    if (!document) return kFailure;
+    QJsonArray report;
+    bool allFit = true;
+    for (const document::TextCheckResult& r : document::checkTextFields(*document->composition(), samples)) {
+        allFit = allFit && r.fits();
+        report.append(QJsonObject{
+            {QStringLiteral("field"), r.field},
+            {QStringLiteral("component"), r.component},
+            {QStringLiteral("key"), r.key},
+            {QStringLiteral("sample"), r.sample},
+            {QStringLiteral("time"), r.time},
+            {QStringLiteral("fits"), r.fits()},
+            {QStringLiteral("insideComponent"), r.insideComponent},
+            {QStringLiteral("insideTitleSafe"), r.insideTitleSafe},
+            {QStringLiteral("measuredWidth"), r.measuredWidth},
+            {QStringLiteral("room"), r.room},
+            {QStringLiteral("measuredHeight"), r.measuredHeight},
+            {QStringLiteral("roomHeight"), r.roomHeight},
+            {QStringLiteral("fallbackGlyph"), r.fallbackGlyph},
+        });
+    }
+    printJson(io, QJsonObject{{QStringLiteral("allFit"), allFit}, {QStringLiteral("results"), report}});
+    return allFit ? kSuccess : kTextOverflows;
 }
 
 }  // namespace
@@ -325,6 +358,7 @@ int runDocCommand(const QStringList& args, Streams& io)
     if (sub == QLatin1String("recover")) return runRecover(rest, io);
     if (sub == QLatin1String("schema")) return runSchema(rest, io);
     if (sub == QLatin1String("thumbnails")) return runThumbnails(rest, io);
+    if (sub == QLatin1String("check-text")) return runCheckText(rest, io);
     return usage(io, QStringLiteral("unknown subcommand '%1'").arg(sub));
 }
 

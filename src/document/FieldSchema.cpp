@@ -56,7 +56,7 @@ private:
 
 const runtime::PortDescription* portOf(const model::QuartzComponent& component, const QString& key)
 {
-    const runtime::Composition* loaded = component.loadedComposition();
+    const runtime::Composition* loaded = component.loadedComposition().get();
     return loaded ? loaded->input(key) : nullptr;
 }
 
@@ -148,31 +148,48 @@ QJsonObject fieldFor(const model::QuartzComponent& component, const model::Attri
 
 QString fieldSchemaFileName() { return QStringLiteral("Fields.gdd.json"); }
 
+namespace {
+
+// Components bottom first, attributes by key: the order the ids are given in.
+template <class Visit> void forEachField(const model::Composition& composition, Visit visit)
+{
+    for (const model::QuartzComponent* component : composition.componentsSortedByZLevel()) {
+        std::vector<model::Attribute*> attributes = component->attributes();
+        std::stable_sort(attributes.begin(), attributes.end(), [](auto a, auto b) { return a->key() < b->key(); });
+        for (const model::Attribute* attribute : attributes)
+            if (attribute->permissionToChange() && attribute->quartzAttribute()) visit(*component, *attribute);
+    }
+}
+
+}  // namespace
+
+QHash<const model::Attribute*, QString> fieldIds(const model::Composition& composition)
+{
+    FieldKeys keys;
+    QHash<const model::Attribute*, QString> ids;
+    forEachField(composition, [&](const model::QuartzComponent& c, const model::Attribute& a) { ids.insert(&a, keys.make(c, a.key())); });
+    return ids;
+}
+
 QJsonObject fieldSchema(const model::Composition& composition, const QString& title)
 {
     // The values a form starts from are those of the poster frame.
     const double poster = std::max(composition.posterFrameTimepoint(), 0.0);
-    FieldKeys keys;
+    const QHash<const model::Attribute*, QString> ids = fieldIds(composition);
     QJsonObject properties, fonts;
-    for (const model::QuartzComponent* component : composition.componentsSortedByZLevel()) {
-        std::vector<model::Attribute*> attributes = component->attributes();
-        std::stable_sort(attributes.begin(), attributes.end(), [](auto a, auto b) { return a->key() < b->key(); });
-        for (const model::Attribute* attribute : attributes) {
-            if (!attribute->permissionToChange() || !attribute->quartzAttribute()) continue;
-            const QVariant value = attribute->valueAtTime(poster);
-            const model::EditorKind editor = attribute->typeInfo().editor;
-            if (editor == model::EditorKind::Font || editor == model::EditorKind::RichFont) {
-                // Not a form field: kept for controllers of our own.
-                fonts.insert(keys.make(*component, attribute->key()),
-                             QJsonObject{{QStringLiteral("label"), attribute->label()},
-                                         {QStringLiteral("type"), QLatin1String(attribute->typeInfo().name)},
-                                         {QStringLiteral("default"), attribute->typeInfo().toJson(value)}});
-                continue;
-            }
-            const QJsonObject field = fieldFor(*component, *attribute, value);
-            if (!field.isEmpty()) properties.insert(keys.make(*component, attribute->key()), field);
+    forEachField(composition, [&](const model::QuartzComponent& component, const model::Attribute& attribute) {
+        const QVariant value = attribute.valueAtTime(poster);
+        const model::EditorKind editor = attribute.typeInfo().editor;
+        if (editor == model::EditorKind::Font || editor == model::EditorKind::RichFont) {
+            // Not a form field: kept for controllers of our own.
+            fonts.insert(ids.value(&attribute), QJsonObject{{QStringLiteral("label"), attribute.label()},
+                                                            {QStringLiteral("type"), QLatin1String(attribute.typeInfo().name)},
+                                                            {QStringLiteral("default"), attribute.typeInfo().toJson(value)}});
+            return;
         }
-    }
+        const QJsonObject field = fieldFor(component, attribute, value);
+        if (!field.isEmpty()) properties.insert(ids.value(&attribute), field);
+    });
     const double rate = model::VideoModeCatalogue::framesPerSecond(composition.videoResolution().frameRate());
     QJsonObject schema{
         {QStringLiteral("$schema"), kSchemaUri},

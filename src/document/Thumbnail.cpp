@@ -1,9 +1,13 @@
 #include "document/Thumbnail.h"
 
+#include "document/CompositionExport.h"
 #include "document/UnattendedTrigger.h"
+#include "model/Composition.h"
+#include "quartz/QuartzComposition.h"
 #include "model/QuartzComponent.h"
 #include "runtime/Renderer.h"
 
+#include <QDir>
 #include <QSaveFile>
 
 namespace document {
@@ -52,6 +56,34 @@ QList<QImage> renderStopFramePictures(std::shared_ptr<const runtime::Composition
 }
 
 QString stepPictureName(int index) { return QStringLiteral("Step-%1.jpg").arg(index + 1, 2, 10, QLatin1Char('0')); }
+
+std::optional<QStringList> exportStepPictures(const model::Composition& composition, const QString& folder, QSize size,
+                                              const QUrl& documentURL, QString* error)
+{
+    const auto exported = CompositionExport::exportedComposition(composition, true, &CompositionExport::documentKey);
+    if (!exported) {
+        if (error) *error = QStringLiteral("the composition could not be exported");
+        return std::nullopt;
+    }
+    if (size.isEmpty()) size = QSize(composition.width(), composition.height());
+    const QList<QImage> pictures =
+        renderStopFramePictures(runtime::Composition::fromPlist(exported->fileDictionary(true), nullptr, QString()), size,
+                                int(composition.stopFrames().size()), composition.duration(), documentURL);
+    if (!QDir().mkpath(folder)) {
+        if (error) *error = QStringLiteral("cannot create %1").arg(folder);
+        return std::nullopt;
+    }
+    QStringList written;
+    for (int i = 0; i < pictures.size(); ++i) {
+        const QString path = QDir(folder).filePath(stepPictureName(i).replace(QLatin1String(".jpg"), QLatin1String(".png")));
+        if (!pictures[i].save(path, "PNG")) {
+            if (error) *error = QStringLiteral("cannot write %1").arg(path);
+            return std::nullopt;
+        }
+        written.append(path);
+    }
+    return written;
+}
 
 bool writeThumbnail(const QImage& image, const QString& path)
 {

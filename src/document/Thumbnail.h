@@ -7,9 +7,15 @@
 #include <QSize>
 #include <QUrl>
 
+#include <QStringList>
+
 #include <memory>
+#include <optional>
 
 namespace runtime {
+class Composition;
+}
+namespace model {
 class Composition;
 }
 
@@ -29,6 +35,11 @@ QList<QImage> renderStopFramePictures(std::shared_ptr<const runtime::Composition
                                       double duration, const QUrl& documentURL);
 // "Step-01.jpg", "Step-02.jpg", ... in the package's "QuickLook" folder.
 QString stepPictureName(int index);
+// The composition's stop-frame pictures as PNG files (Step-01.png, ...) in a
+// folder, played from its export with the background; empty size: the
+// composition's own. The paths written, or nothing with the reason.
+std::optional<QStringList> exportStepPictures(const model::Composition& composition, const QString& folder, QSize size,
+                                              const QUrl& documentURL, QString* error);
 
 // JPEG at quality 90, written atomically.
 bool writeThumbnail(const QImage& image, const QString& path);

@@ -11,6 +11,10 @@
 
 #include <QStringList>
 
+namespace runtime {
+class Renderer;
+}
+
 namespace model {
 
 class QuartzComponent;
@@ -96,6 +100,9 @@ public:
 
     // The renderer push and the file forms of the value.
     void pushValueToRenderer() const;
+    // Sets a value on any renderer of the component's composition, in the
+    // port form of the attribute's type (a font as name and size, ...).
+    void pushValue(runtime::Renderer& renderer, const QVariant& value) const;
     // File values for the export: port key → value, the timeline patch's
     // key points, and the values a multiplexer steps through.
     plist::Value quartzValues() const;

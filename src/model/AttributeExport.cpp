@@ -6,6 +6,7 @@
 #include "model/QuartzComponent.h"
 #include "model/RichFontValue.h"
 #include "quartz/QuartzComposition.h"
+#include "runtime/Renderer.h"
 
 #include <QFont>
 
@@ -28,21 +29,26 @@ Value fileValue(const QVariant& v) { return QuartzComposition::quartzValueForObj
 void Attribute::pushValueToRenderer() const
 {
     QuartzComponent* owner = component();
-    if (!owner || !quartzAttribute()) return;
-    const QVariant value = currentValue();
+    if (!owner || !owner->renderer()) return;
+    pushValue(*owner->renderer(), currentValue());
+}
+
+void Attribute::pushValue(runtime::Renderer& renderer, const QVariant& value) const
+{
+    if (!quartzAttribute()) return;
     switch (typeInfo().portForm) {
     case PortForm::FontNameAndSize: {
         const QFont font = value.value<QFont>();
-        owner->setRendererInputValue(key(), font.family());
-        owner->setRendererInputValue(sizeKeyForFontKey(key()), float(font.pointSizeF()));
+        renderer.setInputValue(key(), font.family());
+        renderer.setInputValue(sizeKeyForFontKey(key()), float(font.pointSizeF()));
         break;
     }
     case PortForm::RichFontMembers: {
         const QVariantMap members = value.value<RichFontValue>().renderAttributes();
-        for (auto it = members.begin(); it != members.end(); ++it) owner->setRendererInputValue(it.key(), it.value());
+        for (auto it = members.begin(); it != members.end(); ++it) renderer.setInputValue(it.key(), it.value());
         break;
     }
-    case PortForm::Value: owner->setRendererInputValue(key(), value); break;
+    case PortForm::Value: renderer.setInputValue(key(), value); break;
     }
 }
 

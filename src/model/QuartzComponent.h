@@ -167,7 +167,7 @@ public:
     void setRendererInputValue(const QString& key, const QVariant& value);
     runtime::Renderer* renderer() const { return renderer_.get(); }
     // The composition file as loaded (its ports' ranges, menus); null when none.
-    const runtime::Composition* loadedComposition() const { return loadedComposition_.get(); }
+    const std::shared_ptr<const runtime::Composition>& loadedComposition() const { return loadedComposition_; }
     void setRenderer(std::unique_ptr<runtime::Renderer> renderer);
     // Loads the composition from the stored data (or, the first time, from
     // the file, keeping its bytes) and makes a new renderer for it.

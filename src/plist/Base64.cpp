@@ -77,7 +77,7 @@ char* writeBase64Lines(char* out, std::string_view bytes, std::string_view inden
     const auto* s = reinterpret_cast<const unsigned char*>(bytes.data());
     std::size_t column = 0;
     auto put = [&](char c) {
-        if (column == 0) {
+        if (column == 0 && !indent.empty()) { // an empty view may have no data pointer
             std::memcpy(out, indent.data(), indent.size());
             out += indent.size();
         }

@@ -6,6 +6,7 @@
 
 #include "document/CompositionDocument.h"
 #include "document/DocumentJournal.h"
+#include "model/StandardComponents.h"
 #include "model/Composition.h"
 #include "runtime/Composition.h"
 
@@ -353,6 +354,87 @@ TEST_F(DocCommandTest, RecoverListsAppliesAndDiscardsWhatACrashLeft)
     EXPECT_EQ(runCli({QStringLiteral("doc"), QStringLiteral("recover"), doc, QStringLiteral("--apply"), QStringLiteral("--discard")}).code, 2);
     EXPECT_EQ(runCli({QStringLiteral("doc"), QStringLiteral("recover"), dir.filePath(QStringLiteral("None.composition"))}).code, 1);
     document::DocumentJournal::setFolderForTesting({});
+}
+
+TEST_F(DocCommandTest, CheckTextFindsTheFieldAndSampleThatOverflow)
+{
+    ASSERT_EQ(runCli({QStringLiteral("doc"), QStringLiteral("new"), doc}).code, 0);
+    const QString lowerThird = model::StandardComponents::pathForComponent(QStringLiteral("LowerThird"));
+    ASSERT_EQ(apply(QJsonDocument::fromJson(QStringLiteral(R"([
+        {"op": "add", "path": "%1", "title": "Strap"},
+        {"op": "set", "component": 0, "key": "originX", "value": 200},
+        {"op": "set", "component": 0, "key": "originY", "value": 150},
+        {"op": "set", "component": 0, "key": "CIName", "value": "Ada Lovelace"},
+        {"op": "set", "component": 0, "key": "CITitle", "value": "Analyst"}
+    ])").arg(lowerThird).toUtf8()).array()).code, 0);
+    const QString samples = dir.filePath(QStringLiteral("samples.txt"));
+    auto writeSamples = [&](const QByteArray& text) {
+        QFile f(samples);
+        ASSERT_TRUE(f.open(QIODevice::WriteOnly | QIODevice::Truncate));
+        f.write(text);
+    };
+    auto results = [&](const CliResult& r) { return parseObject(r.out).value(QLatin1String("results")).toArray(); };
+
+    writeSamples("Bo\nAl\n");
+    CliResult r = runCli({QStringLiteral("doc"), QStringLiteral("check-text"), doc, QStringLiteral("--samples"), samples});
+    EXPECT_EQ(r.code, 0) << "short names fit: " << r.out.toStdString();
+    EXPECT_EQ(results(r).size(), 4) << "two fields, two samples";
+
+    // A name far too long for the strap, and Japanese that DejaVu does not have.
+    writeSamples(QStringLiteral("Bo\nMaximiliane Alexandrina von Hohenzollern-Sigmaringen und Waldburg\n日本語\n").toUtf8());
+    r = runCli({QStringLiteral("doc"), QStringLiteral("check-text"), doc, QStringLiteral("--samples"), samples});
+    EXPECT_EQ(r.code, 3) << r.err.toStdString();
+    QStringList overflowingFields;
+    bool fallbackFound = false;
+    for (const QJsonValue& v : results(r)) {
+        const QJsonObject o = v.toObject();
+        if (!o.value(QLatin1String("fits")).toBool()) {
+            EXPECT_TRUE(o.value(QLatin1String("sample")).toString().startsWith(QLatin1String("Maximiliane")));
+            EXPECT_GT(o.value(QLatin1String("measuredWidth")).toDouble(), o.value(QLatin1String("room")).toDouble());
+            overflowingFields << o.value(QLatin1String("field")).toString();
+        }
+        if (o.value(QLatin1String("sample")).toString() == QStringLiteral("日本語")) fallbackFound = o.value(QLatin1String("fallbackGlyph")).toBool();
+    }
+    EXPECT_TRUE(overflowingFields.contains(QStringLiteral("Strap_CIName"))) << overflowingFields.join(u',').toStdString();
+    EXPECT_TRUE(fallbackFound) << "a font without Japanese glyphs falls back";
+
+    r = runCli({QStringLiteral("doc"), QStringLiteral("check-text"), doc});
+    EXPECT_EQ(results(r).size(), 12) << "the six default samples for each field";
+    EXPECT_EQ(runCli({QStringLiteral("doc"), QStringLiteral("check-text"), doc, QStringLiteral("--samples")}).code, 2);
+    EXPECT_EQ(runCli({QStringLiteral("doc"), QStringLiteral("check-text"), doc, QStringLiteral("--samples"), dir.filePath(QStringLiteral("none.txt"))}).code, 1);
+}
+
+TEST_F(DocCommandTest, ThumbnailsWriteAPicturePerStopFrame)
+{
+    ASSERT_EQ(runCli({QStringLiteral("doc"), QStringLiteral("new"), doc}).code, 0);
+    ASSERT_EQ(apply(QJsonDocument::fromJson(QStringLiteral(R"([
+        {"op": "add", "path": "%1"},
+        {"op": "stopFrame", "time": 1}, {"op": "stopFrame", "time": 2}
+    ])").arg(box).toUtf8()).array()).code, 0);
+    const QString out = dir.filePath(QStringLiteral("steps"));
+    const CliResult r = runCli({QStringLiteral("doc"), QStringLiteral("thumbnails"), doc, out, QStringLiteral("--size"), QStringLiteral("320x180")});
+    ASSERT_EQ(r.code, 0) << r.err.toStdString();
+    EXPECT_EQ(parseObject(r.out).value(QLatin1String("pictures")).toArray().size(), 2);
+    EXPECT_EQ(QImage(QDir(out).filePath(QStringLiteral("Step-02.png"))).size(), QSize(320, 180));
+    EXPECT_EQ(runCli({QStringLiteral("doc"), QStringLiteral("thumbnails"), doc, out, QStringLiteral("--size"), QStringLiteral("big")}).code, 2);
+}
+
+TEST_F(DocCommandTest, SchemaPrintsOrWritesTheFieldSchema)
+{
+    ASSERT_EQ(runCli({QStringLiteral("doc"), QStringLiteral("new"), doc}).code, 0);
+    ASSERT_EQ(apply(QJsonDocument::fromJson(QStringLiteral(R"([
+        {"op": "add", "path": "%1", "title": "Strap"},
+        {"op": "permission", "component": 0, "key": "Title", "allowed": true}
+    ])").arg(box).toUtf8()).array()).code, 0);
+    CliResult r = runCli({QStringLiteral("doc"), QStringLiteral("schema"), doc});
+    ASSERT_EQ(r.code, 0) << r.err.toStdString();
+    EXPECT_TRUE(parseObject(r.out).value(QLatin1String("properties")).toObject().contains(QLatin1String("Strap_Title")));
+    const QString file = dir.filePath(QStringLiteral("fields.gdd.json"));
+    ASSERT_EQ(runCli({QStringLiteral("doc"), QStringLiteral("schema"), doc, QStringLiteral("-o"), file}).code, 0);
+    EXPECT_TRUE(QFile::exists(file));
+    EXPECT_TRUE(QFile::exists(QDir(doc).filePath(QStringLiteral("Fields.gdd.json")))) << "every save writes it";
+    EXPECT_EQ(runCli({QStringLiteral("doc"), QStringLiteral("schema"), dir.filePath(QStringLiteral("None.composition"))}).code, 1);
+    EXPECT_EQ(runCli({QStringLiteral("doc"), QStringLiteral("schema"), doc, QStringLiteral("-o")}).code, 2);
 }
 
 TEST_F(DocCommandTest, ExportAndRenderPlayTheTemplate)
