@@ -198,9 +198,10 @@ QJsonObject fieldSchema(const model::Composition& composition, const QString& ti
         {QStringLiteral("properties"), properties},
         {QStringLiteral("gddPlayoutOptions"),
          QJsonObject{
-             // GDD counts the steps a template can be played through: one
-             // more than the stops, so a template without any has one.
-             {QStringLiteral("client"), QJsonObject{{QStringLiteral("steps"), int(composition.stopFrames().size()) + 1},
+             // A step is a hold the operator continues from: one per stop
+             // frame, as the step pictures are; a template without any
+             // plays through in one.
+             {QStringLiteral("client"), QJsonObject{{QStringLiteral("steps"), std::max(int(composition.stopFrames().size()), 1)},
                                                     {QStringLiteral("dataformat"), QStringLiteral("json")}}},
              {QStringLiteral("render"), QJsonObject{{QStringLiteral("resolutions"),
                                                      QJsonArray{QJsonObject{{QStringLiteral("width"), composition.width()},

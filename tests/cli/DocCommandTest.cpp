@@ -400,6 +400,19 @@ TEST_F(DocCommandTest, CheckTextFindsTheFieldAndSampleThatOverflow)
 
     r = runCli({QStringLiteral("doc"), QStringLiteral("check-text"), doc});
     EXPECT_EQ(results(r).size(), 12) << "the six default samples for each field";
+
+    // With the defaults, a name that fits once overflows when doubled; the title beside it still fits.
+    ASSERT_EQ(apply(QJsonDocument::fromJson(R"([{"op": "set", "component": 0, "key": "CIName", "value": "Alexandrina Hohenzollern"}])").array()).code, 0);
+    r = runCli({QStringLiteral("doc"), QStringLiteral("check-text"), doc});
+    EXPECT_EQ(r.code, 3);
+    auto fitsFor = [&](const QString& field, const QString& sample) {
+        for (const QJsonValue& v : results(r))
+            if (v[QLatin1String("field")] == field && v[QLatin1String("sample")] == sample) return v[QLatin1String("fits")].toBool(true);
+        ADD_FAILURE() << "no result for " << field.toStdString() << " with " << sample.toStdString();
+        return true;
+    };
+    EXPECT_FALSE(fitsFor(QStringLiteral("Strap_CIName"), QStringLiteral("Alexandrina Hohenzollern Alexandrina Hohenzollern")));
+    EXPECT_TRUE(fitsFor(QStringLiteral("Strap_CITitle"), QStringLiteral("Analyst Analyst")));
     EXPECT_EQ(runCli({QStringLiteral("doc"), QStringLiteral("check-text"), doc, QStringLiteral("--samples")}).code, 2);
     EXPECT_EQ(runCli({QStringLiteral("doc"), QStringLiteral("check-text"), doc, QStringLiteral("--samples"), dir.filePath(QStringLiteral("none.txt"))}).code, 1);
 }
@@ -428,7 +441,10 @@ TEST_F(DocCommandTest, SchemaPrintsOrWritesTheFieldSchema)
     ])").arg(box).toUtf8()).array()).code, 0);
     CliResult r = runCli({QStringLiteral("doc"), QStringLiteral("schema"), doc});
     ASSERT_EQ(r.code, 0) << r.err.toStdString();
-    EXPECT_TRUE(parseObject(r.out).value(QLatin1String("properties")).toObject().contains(QLatin1String("Strap_Title")));
+    const QJsonObject schema = parseObject(r.out);
+    EXPECT_TRUE(schema.value(QLatin1String("properties")).toObject().contains(QLatin1String("Strap_Title")));
+    EXPECT_EQ(schema[QLatin1String("gddPlayoutOptions")][QLatin1String("client")][QLatin1String("steps")].toInt(), 1)
+        << "a template without stop frames plays in one step";
     const QString file = dir.filePath(QStringLiteral("fields.gdd.json"));
     ASSERT_EQ(runCli({QStringLiteral("doc"), QStringLiteral("schema"), doc, QStringLiteral("-o"), file}).code, 0);
     EXPECT_TRUE(QFile::exists(file));

@@ -114,7 +114,7 @@ TEST_F(FieldSchemaTest, EveryPermittedFieldHasItsGddTypeAndDefault)
     EXPECT_TRUE(schema.value(QLatin1String("v_velloran")).toObject().value(QLatin1String("fonts")).toObject().contains(QLatin1String("Name_Text_Font_Name")));
 
     const QJsonObject playout = schema.value(QLatin1String("gddPlayoutOptions")).toObject();
-    EXPECT_EQ(playout.value(QLatin1String("client")).toObject().value(QLatin1String("steps")).toInt(), 3) << "two stops: three steps";
+    EXPECT_EQ(playout.value(QLatin1String("client")).toObject().value(QLatin1String("steps")).toInt(), 2) << "a step per stop frame";
     const QJsonObject resolution = playout.value(QLatin1String("render")).toObject().value(QLatin1String("resolutions")).toArray()[0].toObject();
     EXPECT_EQ(resolution.value(QLatin1String("width")).toInt(), 1920);
     EXPECT_EQ(resolution.value(QLatin1String("framerate")).toDouble(), 25.0);
