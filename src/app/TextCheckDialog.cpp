@@ -6,6 +6,8 @@
 #include <QTreeWidget>
 #include <QVBoxLayout>
 
+#include <algorithm>
+
 namespace app {
 
 namespace {
@@ -31,24 +33,31 @@ TextCheckDialog::TextCheckDialog(const QList<document::TextCheckResult>& results
     for (const document::TextCheckResult& r : results) failures += r.fits() ? 0 : 1;
     layout->addWidget(new QLabel(results.isEmpty() ? tr("The template has no text field the operator may change.")
                                  : failures == 0   ? tr("Every text field fits with every sample.")
-                                                   : tr("%n text(s) do not fit.", nullptr, failures),
+                                 : failures == 1   ? tr("One sample does not fit.")
+                                                   : tr("%1 samples do not fit.").arg(failures),
                                  this));
     auto* list = new QTreeWidget(this);
-    list->setColumnCount(3);
-    list->setHeaderLabels({tr("Field"), tr("Sample"), tr("Result")});
-    list->setIconSize(QSize(160, 48));
+    list->setColumnCount(4);
+    list->setHeaderLabels({tr("Field"), tr("Sample"), tr("Result"), tr("Picture")});
+    list->setIconSize(QSize(200, 60));
     list->setRootIsDecorated(false);
-    for (const document::TextCheckResult& r : results) {
-        auto* row = new QTreeWidgetItem(list, {QStringLiteral("%1 — %2").arg(r.component, r.key), r.sample, verdict(r)});
+    // What does not fit comes first, where the designer looks.
+    QList<document::TextCheckResult> ordered = results;
+    std::stable_sort(ordered.begin(), ordered.end(), [](const auto& a, const auto& b) { return !a.fits() && b.fits(); });
+    for (const document::TextCheckResult& r : ordered) {
+        const QString result = verdict(r);
+        auto* row = new QTreeWidgetItem(list, {QStringLiteral("%1 — %2").arg(r.component, r.key), r.sample, result});
+        row->setToolTip(1, r.sample);
+        row->setToolTip(2, result);
         if (!r.fits() && !r.picture.isNull())
-            row->setIcon(0, QIcon(QPixmap::fromImage(r.picture.scaled(160, 48, Qt::KeepAspectRatio, Qt::SmoothTransformation))));
+            row->setIcon(3, QIcon(QPixmap::fromImage(r.picture.scaled(list->iconSize(), Qt::KeepAspectRatio, Qt::SmoothTransformation))));
     }
     list->header()->setSectionResizeMode(QHeaderView::ResizeToContents);
     layout->addWidget(list);
     auto* buttons = new QDialogButtonBox(QDialogButtonBox::Close, this);
     connect(buttons, &QDialogButtonBox::rejected, this, &QDialog::reject);
     layout->addWidget(buttons);
-    resize(900, 420);
+    resize(1100, 460);
 }
 
 }  // namespace app
