@@ -1,5 +1,10 @@
 #include "canvas/CompositionView.h"
 
+#include "canvas/CanvasHitRules.h"
+#include "canvas/CanvasPlacement.h"
+#include "canvas/CanvasZoom.h"
+#include "widgets/TwoToneOverlay.h"
+
 #include "document/CompositionDocument.h"
 #include "document/EventArguments.h"
 #include "model/Composition.h"
@@ -14,6 +19,7 @@
 #include <QResizeEvent>
 
 #include <cmath>
+#include <set>
 
 namespace canvas {
 
@@ -43,6 +49,8 @@ CompositionView::CompositionView(QWidget* parent)
     connect(&idleTimer_, &QTimer::timeout, this, [this] {
         if (model::Composition* c = composition(); c && c->playMode() == 0) update();
     });
+    autoscrollTimer_.setInterval(kAutoscrollIntervalMs);
+    connect(&autoscrollTimer_, &QTimer::timeout, this, &CompositionView::autoscrollTick);
 }
 
 CompositionView::~CompositionView() { cleanUp(); }
@@ -85,7 +93,10 @@ void CompositionView::observeComposition()
         const QString name = QString::fromLatin1(key);
         model::NotificationHelper::addObserver(this, c, name, [this, name](model::ManagedObject*, const QString&) {
             if (name == QLatin1String("componentsSortedByInverseZLevel")) componentsChanged();
-            else if (name == QLatin1String("selectedComponents")) Q_EMIT selectionChanged();
+            else if (name == QLatin1String("selectedComponents")) {
+                Q_EMIT selectionChanged();
+                Q_EMIT readoutChanged();
+            }
             else if (name == QLatin1String("editorTimepoint")) Q_EMIT editorTimepointChanged();
             update();
         });
@@ -99,7 +110,11 @@ void CompositionView::observeComponents()
     for (model::QuartzComponent* component : composition()->componentArray())
         for (const char* key : kComponentKeys)
             model::NotificationHelper::addObserver(this, component, QString::fromLatin1(key),
-                                                   [this](model::ManagedObject*, const QString&) { update(); });
+                                                   [this](model::ManagedObject* object, const QString&) {
+                                                       update();
+                                                       const auto* c = static_cast<model::QuartzComponent*>(object);
+                                                       if (c->selected()) Q_EMIT readoutChanged();
+                                                   });
 }
 
 void CompositionView::componentsChanged()
@@ -120,7 +135,7 @@ void CompositionView::setZoomMode(int mode)
 {
     model::Composition* c = composition();
     if (!c || mode < 0) return;
-    c->setZoomMode(mode);
+    c->setZoomMode(mode == kZoomFit ? kZoomFit : clampZoomPercent(mode));
     Q_EMIT zoomChanged();
     update();
 }
@@ -187,8 +202,22 @@ void CompositionView::paintEvent(QPaintEvent* event)
     const CanvasGeometry g = geometry();
     drawingArea_.paint(painter, g, *c);
     renderComponents(painter, event->rect());
+    selectionLayer_.paint(painter, g, c->componentsSortedByZLevel());
     safeAreas_.paint(painter, g, c->showsSafeZones(), c->showsRulers() ? guides() : std::vector<Guide>{});
+    paintGuideLabel(painter, g);
     rubberBand_.paint(painter);
+}
+
+void CompositionView::paintGuideLabel(QPainter& painter, const CanvasGeometry& g)
+{
+    const model::Ruler* ruler = gesture_.ruler;
+    if (gesture_.kind != GestureKind::Guide || !gesture_.started || !ruler || ruler->isDeleted()) return;
+    const QPointF at = mapFromGlobal(gesture_.lastGlobal.toPoint());
+    const Guide guide{ruler->position(), ruler->horizontal()};
+    const QRect shown = visibleRegion().boundingRect();
+    widgets::drawTwoToneLabel(painter, at, guideLabelText(guide, gesture_.removeRuler),
+                              QRectF(shown.isEmpty() ? rect() : shown));
+    Q_UNUSED(g);
 }
 
 // How many components from the bottom stay as they are for the rest of the
@@ -240,11 +269,8 @@ void CompositionView::renderComponents(QPainter& painter, const QRect& area)
         components[i]->renderForView(this, *target, time, arguments);
     }
     if (still == 0) stillBelow_ = {};
-    QColor overlayColour = palette().color(QPalette::Text);
-    overlayColour.setAlphaF(0.7f);
-    for (model::QuartzComponent* component : components)
-        component->renderOverlaysForView(*target, 1.0 / g.zoom(), overlayColour);
-    // Only now: the target draws in image pixels, ignoring the ratio.
+    // The selection is drawn over the picture by SelectionLayer, at a
+    // constant screen size. Only now: the target draws in image pixels, ignoring the ratio.
     image.setDevicePixelRatio(dpr);
     painter.drawImage(area.topLeft(), image);
 }
@@ -286,8 +312,91 @@ void CompositionView::addGuide(double position, bool horizontal)
 model::Ruler* CompositionView::rulerAt(const QPointF& p) const
 {
     const std::vector<model::Ruler*> all = rulers();
-    const int index = guideIndexAt(p, guides());
+    const int index = guideIndexAt(p, guides(), guideGrabTolerance(zoomFactor()));
     return index >= 0 ? all[std::size_t(index)] : nullptr;
+}
+
+int CompositionView::handleAt(const model::QuartzComponent& component, const QPointF& p) const
+{
+    if (!component.selected() || !component.visible() || !component.visibleInCompositionEditor())
+        return component.handleIndexForLocation(p);
+    return handleIndexAt(component.handleRects(), component.zRotation(), p, zoomFactor());
+}
+
+// Readout -----------------------------------------------------------------------
+
+CanvasReadout CompositionView::readout() const
+{
+    CanvasReadout r;
+    const model::Composition* c = composition();
+    if (!c) return r;
+    r.pointer = pointer_;
+    for (const model::QuartzComponent* component : c->selectedComponents())
+        r.selection = r.selection ? r.selection->united(component->drawingFrame()) : component->drawingFrame();
+    if (!gesture_.started) return r;
+    switch (gesture_.kind) {
+    case GestureKind::Move: r.drag = CanvasReadout::Drag::Move; break;
+    case GestureKind::Resize: r.drag = CanvasReadout::Drag::Resize; break;
+    case GestureKind::Guide: r.drag = CanvasReadout::Drag::Guide; break;
+    default: break;
+    }
+    r.delta = gesture_.delta;
+    if (const model::Ruler* ruler = gesture_.ruler; ruler && !ruler->isDeleted())
+        r.guide = Guide{ruler->position(), ruler->horizontal()};
+    return r;
+}
+
+void CompositionView::setPointer(std::optional<QPointF> p)
+{
+    if (p == pointer_) return;
+    pointer_ = p;
+    Q_EMIT readoutChanged();
+}
+
+void CompositionView::leaveEvent(QEvent* event)
+{
+    QWidget::leaveEvent(event);
+    if (gesture_.kind == GestureKind::None) setPointer(std::nullopt);
+}
+
+// Placing new components ----------------------------------------------------------
+
+QPointF CompositionView::visibleCentre() const
+{
+    const QRect shown = visibleRegion().boundingRect();
+    const QRectF area = shown.isEmpty() ? QRectF(rect()) : QRectF(shown);
+    return compositionPointFromView(area.center());
+}
+
+void CompositionView::addPlacedComponents(const std::function<void()>& add, bool asGroup, std::optional<QPointF> at)
+{
+    model::Composition* c = composition();
+    if (!c) return;
+    const std::vector<model::QuartzComponent*> before = c->componentArray();
+    const std::set<model::QuartzComponent*> old(before.begin(), before.end());
+    std::vector<QPointF> taken;
+    for (const model::QuartzComponent* component : before) taken.push_back(component->drawingFrame().topLeft());
+
+    model::UndoGroup group(*undoManager());
+    add();
+    std::vector<model::QuartzComponent*> added;
+    for (model::QuartzComponent* component : c->componentArray())
+        if (!old.count(component)) added.push_back(component);
+    if (added.empty()) return;
+    const QPointF centre = at.value_or(visibleCentre());
+    auto place = [&](const std::vector<model::QuartzComponent*>& members) {
+        QRectF bounds;
+        for (const model::QuartzComponent* m : members) bounds = bounds.isNull() ? m->drawingFrame() : bounds.united(m->drawingFrame());
+        QPointF offset = offsetCentring(bounds, centre);
+        offset += cascadeOffset(members.front()->drawingFrame().topLeft() + offset, taken);
+        for (model::QuartzComponent* m : members) {
+            m->moveBy(offset.x(), offset.y());
+            taken.push_back(m->drawingFrame().topLeft());
+        }
+    };
+    if (asGroup) place(added);
+    else
+        for (model::QuartzComponent* component : added) place({component});
 }
 
 }  // namespace canvas

@@ -80,7 +80,8 @@ TEST_F(CanvasRenderingTest, SelectionHandlesAndGuidesAreDrawnOverTheComponents)
 
     composition->addRulerAtPosition(100, true);
     const QPoint onGuide = at(800, 100);
-    EXPECT_EQ(picture().pixelColor(onGuide), QColor(0, 192, 255));
+    EXPECT_EQ(picture().pixelColor(onGuide), canvas::SafeAreasLayer::guideColor());
+    EXPECT_NE(canvas::SafeAreasLayer::guideColor(), canvas::SafeAreasLayer::safeAreaColor());
     composition->setShowsRulers(false);
     EXPECT_EQ(picture().pixelColor(onGuide), QColor(Qt::black));
 }
