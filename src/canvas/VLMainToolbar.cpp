@@ -236,6 +236,7 @@ QString VLMainToolbar::chooseFile(const ToolbarComponentEntry& entry, QWidget* p
     dialog.setLabelText(QFileDialog::Accept, tr("Choose"));
     if (!entry.asksForFile()) {
         dialog.setWindowTitle(tr("Add Component File"));
+        dialog.setOption(QFileDialog::DontUseNativeDialog);
         dialog.setDirectory(QDir(model::Settings::stringValue(model::Settings::kComponentsLibraryPath)));
         dialog.setNameFilter(tr("Quartz Composer Composition (*.qtz)"));
         if (dialog.exec() != QDialog::Accepted || dialog.selectedFiles().isEmpty()) return {};
