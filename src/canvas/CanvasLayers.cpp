@@ -12,6 +12,11 @@
 
 namespace canvas {
 
+namespace {
+// Pixels of the largest chessboard kept scaled for the screen (16 MB).
+constexpr qint64 kLargestCachedChessboard = 4096LL * 1024;
+}  // namespace
+
 QImage DrawingAreaLayer::chessBoardPatternForWidth(int pixelWidth, int pixelHeight)
 {
     QImage image(std::max(pixelWidth, 1), std::max(pixelHeight, 1), QImage::Format_RGB32);
@@ -67,10 +72,17 @@ void DrawingAreaLayer::paint(QPainter& painter, const CanvasGeometry& geometry, 
             chessboard_ = chessBoardPatternForWidth(size.width(), size.height());
             shownChessboard_ = QImage();
         }
-        // Scaled once per zoom rather than on every repaint.
+        // Scaled once per zoom rather than on every repaint, as long as the
+        // scaled picture stays small; zoomed far in, only the exposed part
+        // is scaled, on each repaint, instead of gigabytes once.
         const QSize shown = (area.size() * painter.device()->devicePixelRatioF()).toSize();
-        if (shownChessboard_.size() != shown) shownChessboard_ = chessboard_.scaled(shown);
-        painter.drawImage(area, shownChessboard_);
+        if (qint64(shown.width()) * shown.height() > kLargestCachedChessboard) {
+            shownChessboard_ = QImage();
+            painter.drawImage(area, chessboard_);
+        } else {
+            if (shownChessboard_.size() != shown) shownChessboard_ = chessboard_.scaled(shown);
+            painter.drawImage(area, shownChessboard_);
+        }
     }
     painter.setPen(QPen(QColor(128, 128, 128, 128), 1));
     painter.setBrush(Qt::NoBrush);
