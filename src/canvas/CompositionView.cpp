@@ -331,6 +331,9 @@ CanvasReadout CompositionView::readout() const
     const model::Composition* c = composition();
     if (!c) return r;
     r.pointer = pointer_;
+    // Where a screen pixel covers a composition pixel or more, decimals
+    // would only say where inside the screen pixel the mouse is.
+    if (r.pointer && zoomFactor() <= 1.0) *r.pointer = QPointF(std::round(r.pointer->x()), std::round(r.pointer->y()));
     for (const model::QuartzComponent* component : c->selectedComponents())
         r.selection = r.selection ? r.selection->united(component->drawingFrame()) : component->drawingFrame();
     if (!gesture_.started) return r;

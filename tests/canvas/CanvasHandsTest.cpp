@@ -130,7 +130,9 @@ TEST_F(CanvasHandsTest, TheReadoutGivesPointerSelectionAndTheDragDelta)
 {
     int changes = 0;
     QObject::connect(&view, &canvas::CompositionView::readoutChanged, [&] { ++changes; });
-    QTest::mouseMove(&view, at(123, 456));
+    QMouseEvent hover(QEvent::MouseMove, QPointF(at(123, 456)), view.mapToGlobal(QPointF(at(123, 456))), Qt::NoButton,
+                      Qt::NoButton, {});
+    QCoreApplication::sendEvent(&view, &hover);
     ASSERT_TRUE(view.readout().pointer.has_value());
     EXPECT_NEAR(view.readout().pointer->x(), 123, 1);
     EXPECT_NEAR(view.readout().pointer->y(), 456, 1);

@@ -12,6 +12,8 @@
 #include "model/QuartzComponent.h"
 #include "model/VideoResolution.h"
 
+#include <QNativeGestureEvent>
+#include <QPointingDevice>
 #include <QScrollBar>
 #include <QTemporaryDir>
 #include <QTest>
@@ -102,6 +104,38 @@ TEST_F(CanvasZoomPanTest, ControlWheelZoomsAroundTheMouseAndPlainWheelPans)
     wheel(mouse, -120, Qt::NoModifier);
     EXPECT_GT(scrollPosition().y(), scrolled.y()) << "a plain wheel scrolls";
     EXPECT_EQ(view->zoomMode(), 1600);
+}
+
+TEST_F(CanvasZoomPanTest, APinchZoomsAroundItsCentre)
+{
+    view->setZoomMode(100);
+    const QPoint centre(600, 250);
+    const QPointF before = underViewport(centre);
+    const QPoint inCanvas = view->mapFrom(scroll.viewport(), centre);
+    QNativeGestureEvent pinch(Qt::ZoomNativeGesture, QPointingDevice::primaryPointingDevice(), 2, QPointF(inCanvas),
+                              QPointF(inCanvas), QPointF(view->mapToGlobal(inCanvas)), 0.5, QPointF(), 0);
+    QCoreApplication::sendEvent(view, &pinch);
+    EXPECT_EQ(view->zoomMode(), 150);
+    EXPECT_NEAR(underViewport(centre).x(), before.x(), 1.0);
+    EXPECT_NEAR(underViewport(centre).y(), before.y(), 1.0);
+}
+
+TEST_F(CanvasZoomPanTest, ASpaceTapPlaysAndASpaceDragOnlyPans)
+{
+    int taps = 0;
+    QObject::connect(&scroll, &canvas::VLZoomScrollView::spaceTapped, [&] { ++taps; });
+    QTest::keyPress(view, Qt::Key_Space);
+    QTest::keyRelease(view, Qt::Key_Space);
+    EXPECT_EQ(taps, 1);
+    view->setZoomMode(200);
+    const QPointF start = scrollPosition();
+    QTest::keyPress(view, Qt::Key_Space);
+    mouse(QEvent::MouseButtonPress, QPoint(400, 400), Qt::LeftButton, Qt::LeftButton);
+    mouse(QEvent::MouseMove, QPoint(380, 390), Qt::NoButton, Qt::LeftButton);
+    mouse(QEvent::MouseButtonRelease, QPoint(380, 390), Qt::LeftButton, Qt::NoButton);
+    QTest::keyRelease(view, Qt::Key_Space);
+    EXPECT_EQ(taps, 1) << "a pan is no tap";
+    EXPECT_NE(scrollPosition(), start);
 }
 
 TEST_F(CanvasZoomPanTest, ZoomStepsGoThroughTheStandardStepsAndTheRulersFollowTheMode)
