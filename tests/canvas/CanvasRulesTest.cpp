@@ -53,20 +53,6 @@ TEST(CanvasZoomRules, RulerUnitsFollowTheModeTable)
     EXPECT_EQ(rulerUnitForZoomMode(400, 0.4).name, QStringLiteral("Points")) << "any other mode";
 }
 
-TEST(CanvasZoomRules, ZoomingAroundAPointKeepsItUnderTheMouse)
-{
-    const QSizeF page(1920, 1080);
-    for (double zoom : {0.05, 0.25, 1.0, 3.3, 16.0}) {
-        const QSize document = documentSizeForZoom(page * zoom, QSize(1000, 700));
-        const CanvasGeometry after(page, document, zoom);
-        const QPointF point(700, 300), mouse(420, 310);
-        const QPointF scroll = scrollPositionKeeping(after, point, mouse);
-        const QPointF shown = after.compositionPointFromView(mouse + scroll);
-        EXPECT_NEAR(shown.x(), point.x(), 1e-9) << zoom;
-        EXPECT_NEAR(shown.y(), point.y(), 1e-9) << zoom;
-    }
-}
-
 TEST(CanvasZoomRules, TheWorkAreaIsHalfAPageAndFitStaysInRange)
 {
     EXPECT_EQ(documentSizeForZoom(QSizeF(1920, 1080), QSize(1000, 700)), QSize(3840, 2160));

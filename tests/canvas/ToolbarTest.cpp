@@ -174,6 +174,15 @@ TEST_F(ToolbarTest, TheZoomButtonFollowsAndSetsTheZoom)
     zoom->setCurrentIndex(index);
     Q_EMIT zoom->activated(index);
     EXPECT_DOUBLE_EQ(view.zoomFactor(), 2.0);
+    // A zoom off the list shows as itself, and only one such item is kept.
+    const int listed = zoom->count();
+    view.setZoomMode(120);
+    EXPECT_EQ(zoom->currentText(), QStringLiteral("120%"));
+    view.setZoomMode(144);
+    EXPECT_EQ(zoom->currentText(), QStringLiteral("144%"));
+    EXPECT_EQ(zoom->count(), listed + 1);
+    view.setZoomMode(100);
+    EXPECT_EQ(zoom->count(), listed);
 }
 
 TEST_F(ToolbarTest, BackwardAndForwardRestackTheSelection)
