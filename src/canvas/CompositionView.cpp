@@ -1,7 +1,6 @@
 #include "canvas/CompositionView.h"
 
 #include "canvas/CanvasHitRules.h"
-#include "canvas/CanvasPlacement.h"
 #include "canvas/CanvasZoom.h"
 #include "widgets/TwoToneOverlay.h"
 
@@ -19,7 +18,6 @@
 #include <QResizeEvent>
 
 #include <cmath>
-#include <set>
 
 namespace canvas {
 
@@ -204,11 +202,11 @@ void CompositionView::paintEvent(QPaintEvent* event)
     renderComponents(painter, event->rect());
     selectionLayer_.paint(painter, g, c->componentsSortedByZLevel());
     safeAreas_.paint(painter, g, c->showsSafeZones(), c->showsRulers() ? guides() : std::vector<Guide>{});
-    paintGuideLabel(painter, g);
+    paintGuideLabel(painter);
     rubberBand_.paint(painter);
 }
 
-void CompositionView::paintGuideLabel(QPainter& painter, const CanvasGeometry& g)
+void CompositionView::paintGuideLabel(QPainter& painter)
 {
     const model::Ruler* ruler = gesture_.ruler;
     if (gesture_.kind != GestureKind::Guide || !gesture_.started || !ruler || ruler->isDeleted()) return;
@@ -217,7 +215,6 @@ void CompositionView::paintGuideLabel(QPainter& painter, const CanvasGeometry& g
     const QRect shown = visibleRegion().boundingRect();
     widgets::drawTwoToneLabel(painter, at, guideLabelText(guide, gesture_.removeRuler),
                               QRectF(shown.isEmpty() ? rect() : shown));
-    Q_UNUSED(g);
 }
 
 // How many components from the bottom stay as they are for the rest of the
@@ -270,7 +267,8 @@ void CompositionView::renderComponents(QPainter& painter, const QRect& area)
     }
     if (still == 0) stillBelow_ = {};
     // The selection is drawn over the picture by SelectionLayer, at a
-    // constant screen size. Only now: the target draws in image pixels, ignoring the ratio.
+    // constant screen size. Only now: the target draws in image pixels,
+    // ignoring the ratio.
     image.setDevicePixelRatio(dpr);
     painter.drawImage(area.topLeft(), image);
 }
@@ -321,85 +319,6 @@ int CompositionView::handleAt(const model::QuartzComponent& component, const QPo
     if (!component.selected() || !component.visible() || !component.visibleInCompositionEditor())
         return component.handleIndexForLocation(p);
     return handleIndexAt(component.handleRects(), component.zRotation(), p, zoomFactor());
-}
-
-// Readout -----------------------------------------------------------------------
-
-CanvasReadout CompositionView::readout() const
-{
-    CanvasReadout r;
-    const model::Composition* c = composition();
-    if (!c) return r;
-    r.pointer = pointer_;
-    // Where a screen pixel covers a composition pixel or more, decimals
-    // would only say where inside the screen pixel the mouse is.
-    if (r.pointer && zoomFactor() <= 1.0) *r.pointer = QPointF(std::round(r.pointer->x()), std::round(r.pointer->y()));
-    for (const model::QuartzComponent* component : c->selectedComponents())
-        r.selection = r.selection ? r.selection->united(component->drawingFrame()) : component->drawingFrame();
-    if (!gesture_.started) return r;
-    switch (gesture_.kind) {
-    case GestureKind::Move: r.drag = CanvasReadout::Drag::Move; break;
-    case GestureKind::Resize: r.drag = CanvasReadout::Drag::Resize; break;
-    case GestureKind::Guide: r.drag = CanvasReadout::Drag::Guide; break;
-    default: break;
-    }
-    r.delta = gesture_.delta;
-    if (const model::Ruler* ruler = gesture_.ruler; ruler && !ruler->isDeleted())
-        r.guide = Guide{ruler->position(), ruler->horizontal()};
-    return r;
-}
-
-void CompositionView::setPointer(std::optional<QPointF> p)
-{
-    if (p == pointer_) return;
-    pointer_ = p;
-    Q_EMIT readoutChanged();
-}
-
-void CompositionView::leaveEvent(QEvent* event)
-{
-    QWidget::leaveEvent(event);
-    if (gesture_.kind == GestureKind::None) setPointer(std::nullopt);
-}
-
-// Placing new components ----------------------------------------------------------
-
-QPointF CompositionView::visibleCentre() const
-{
-    const QRect shown = visibleRegion().boundingRect();
-    const QRectF area = shown.isEmpty() ? QRectF(rect()) : QRectF(shown);
-    return compositionPointFromView(area.center());
-}
-
-void CompositionView::addPlacedComponents(const std::function<void()>& add, bool asGroup, std::optional<QPointF> at)
-{
-    model::Composition* c = composition();
-    if (!c) return;
-    const std::vector<model::QuartzComponent*> before = c->componentArray();
-    const std::set<model::QuartzComponent*> old(before.begin(), before.end());
-    std::vector<QPointF> taken;
-    for (const model::QuartzComponent* component : before) taken.push_back(component->drawingFrame().topLeft());
-
-    model::UndoGroup group(*undoManager());
-    add();
-    std::vector<model::QuartzComponent*> added;
-    for (model::QuartzComponent* component : c->componentArray())
-        if (!old.count(component)) added.push_back(component);
-    if (added.empty()) return;
-    const QPointF centre = at.value_or(visibleCentre());
-    auto place = [&](const std::vector<model::QuartzComponent*>& members) {
-        QRectF bounds;
-        for (const model::QuartzComponent* m : members) bounds = bounds.isNull() ? m->drawingFrame() : bounds.united(m->drawingFrame());
-        QPointF offset = offsetCentring(bounds, centre);
-        offset += cascadeOffset(members.front()->drawingFrame().topLeft() + offset, taken);
-        for (model::QuartzComponent* m : members) {
-            m->moveBy(offset.x(), offset.y());
-            taken.push_back(m->drawingFrame().topLeft());
-        }
-    };
-    if (asGroup) place(added);
-    else
-        for (model::QuartzComponent* component : added) place({component});
 }
 
 }  // namespace canvas

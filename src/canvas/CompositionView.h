@@ -4,7 +4,8 @@
 // timepoint by its own renderer, the selection handles, safe areas, guide
 // rulers and the marquee over them. Mouse and keyboard editing live in
 // CompositionViewEditing.cpp, drops in CompositionViewDragAndDrop.cpp, the
-// Photoshop import sheet in CompositionViewPSDImport.cpp.
+// Photoshop import sheet in CompositionViewPSDImport.cpp, the readout and
+// the placing of new components in CompositionViewPlacement.cpp.
 //
 // The view follows the model by observing keys; it changes the model only
 // through the composition's and components' operations.
@@ -227,7 +228,7 @@ private:
     void syncPSDImportPanel();
     void updateCursor(const QPointF& p);
     void setPointer(std::optional<QPointF> p);
-    void paintGuideLabel(QPainter& painter, const CanvasGeometry& g);
+    void paintGuideLabel(QPainter& painter);
     model::UndoManager* undoManager() const;
 
     document::CompositionDocument* document_ = nullptr;
