@@ -107,9 +107,18 @@ TEST_F(ToolbarTest, APullDownListsTheSubcomponentsAndAddsTheChosenOne)
 
 TEST_F(ToolbarTest, AButtonAddsItsComponentTitledAfterTheEntry)
 {
+    startCounting();
     toolbar.itemAction(QStringLiteral("Box"))->trigger();
     ASSERT_EQ(composition->componentArray().size(), 1u);
-    EXPECT_EQ(composition->componentArray().front()->title(), QStringLiteral("Box"));
+    const model::QuartzComponent* first = composition->componentArray().front();
+    EXPECT_EQ(first->title(), QStringLiteral("Box"));
+    // In the middle of what is shown; the next one 20 pixels on.
+    EXPECT_NEAR(first->drawingFrame().center().x(), view.visibleCentre().x(), 1.0);
+    EXPECT_NEAR(first->drawingFrame().center().y(), view.visibleCentre().y(), 1.0);
+    toolbar.itemAction(QStringLiteral("Box"))->trigger();
+    const model::QuartzComponent* second = composition->componentsSortedByZLevel().back();
+    EXPECT_EQ(second->drawingFrame().topLeft() - first->drawingFrame().topLeft(), QPointF(20, -20));
+    EXPECT_EQ(undoManager().undoCount(), 2u) << "each add, placing included, is one step";
 }
 
 TEST_F(ToolbarTest, AnImageEntryAsksForAFileAndShowsIt)
