@@ -212,3 +212,23 @@ TEST_F(CanvasPlacementTest, SpaceOverTheCanvasStillPlaysAndStops)
     QTest::keyRelease(view(), Qt::Key_Space);
     EXPECT_EQ(composition()->playMode(), 0);
 }
+
+TEST_F(CanvasPlacementTest, TheViewMenuZoomsInAndOutByStepsWithItsKeys)
+{
+    QAction* in = window->action(QStringLiteral("zoomIn"));
+    QAction* out = window->action(QStringLiteral("zoomOut"));
+    ASSERT_TRUE(in && out);
+    EXPECT_TRUE(in->shortcuts().contains(QKeySequence(QStringLiteral("Ctrl+="))));
+    EXPECT_EQ(out->shortcut(), QKeySequence(QStringLiteral("Ctrl+-")));
+    EXPECT_EQ(window->action(QStringLiteral("zoom0"))->shortcut(), QKeySequence(QStringLiteral("Ctrl+0")));
+    EXPECT_EQ(window->action(QStringLiteral("zoom100"))->shortcut(), QKeySequence(QStringLiteral("Ctrl+1")));
+    in->trigger();
+    EXPECT_EQ(view()->zoomMode(), 67);
+    in->trigger();
+    EXPECT_EQ(view()->zoomMode(), 100);
+    EXPECT_TRUE(window->action(QStringLiteral("zoom100"))->isChecked());
+    out->trigger();
+    out->trigger();
+    out->trigger();
+    EXPECT_EQ(view()->zoomMode(), 33);
+}
