@@ -5,7 +5,15 @@
 //  - BM_CanvasDragStep100: one step of dragging a component in a document of
 //    100 components: the mouse move (model change, undoable) and the repaint
 //    it causes; the target is under 16 ms a step.
+//  - BM_CanvasZoomStep/N, BM_CanvasPanStep/N: the demo in a 1600×900 scroll
+//    view at N %: one Ctrl+wheel notch in or out around a point, or one pan
+//    of 40 points, and the repaint of what is visible. The target is under
+//    16 ms at every zoom: only the exposed part of the canvas is drawn.
 #include "BenchTools.h"
+
+#include "canvas/VLZoomScrollView.h"
+
+#include <algorithm>
 
 #include "canvas/CompositionView.h"
 #include "document/CompositionDocument.h"
@@ -19,6 +27,7 @@
 #include <QImage>
 #include <QMouseEvent>
 #include <QPainter>
+#include <QScrollBar>
 
 #include <benchmark/benchmark.h>
 
@@ -111,5 +120,82 @@ void BM_CanvasDragStep100(benchmark::State& state)
     if (!top->selected()) state.SkipWithError("the drag did not select the component");
 }
 BENCHMARK(BM_CanvasDragStep100)->Unit(benchmark::kMillisecond)->UseRealTime();
+
+// The demo in a scroll view at a zoom, looking at the page's middle.
+struct ScrolledDemo {
+    std::unique_ptr<document::CompositionDocument> document;
+    canvas::VLZoomScrollView scroll;
+    canvas::CompositionView* view = new canvas::CompositionView;
+    QImage image{QSize(1600, 900), QImage::Format_ARGB32_Premultiplied};
+
+    bool open(benchmark::State& state, int zoom)
+    {
+        QString error;
+        document = document::CompositionDocument::open(
+            QStringLiteral(VELLORAN_SOURCE_DIR "/resources/demo/Demo.composition"), &error);
+        if (!document) {
+            state.SkipWithError(error.toStdString().c_str());
+            return false;
+        }
+        // The transparency chessboard, the default and the costliest backdrop.
+        document->composition()->setBackgroundMode(model::kBackgroundNone);
+        view->setDocument(document.get());
+        scroll.setCompositionView(view);
+        scroll.resize(image.size());
+        scroll.setAttribute(Qt::WA_DontShowOnScreen);
+        scroll.show();
+        scroll.zoomTo(zoom);
+        // Looking at the top component, so the zoomed view has it to draw.
+        const auto components = document->composition()->componentsSortedByZLevel();
+        if (components.empty()) {
+            state.SkipWithError("the demo has no components");
+            return false;
+        }
+        const QPointF middle = view->viewPointFromComposition(components.back()->drawingFrame().center());
+        scroll.horizontalScrollBar()->setValue(int(middle.x()) - scroll.viewport()->width() / 2);
+        scroll.verticalScrollBar()->setValue(int(middle.y()) - scroll.viewport()->height() / 2);
+        return true;
+    }
+    void repaint()
+    {
+        QPainter painter(&image);
+        scroll.viewport()->render(&painter);
+    }
+};
+
+void BM_CanvasZoomStep(benchmark::State& state)
+{
+    bench::ensureApplication();
+    ScrolledDemo demo;
+    const int zoom = int(state.range(0));
+    if (!demo.open(state, zoom)) return;
+    const QPointF mouse(demo.scroll.viewport()->rect().center());
+    demo.repaint();
+    int step = 0;
+    for (auto _ : state) {
+        // One notch in, one out: the zoom stays around N %.
+        const int percent = step++ % 2 ? zoom : int(zoom * 1.2);
+        demo.scroll.zoomTo(std::min(percent, 1600), mouse);
+        demo.repaint();
+        benchmark::DoNotOptimize(demo.image.constBits());
+    }
+}
+BENCHMARK(BM_CanvasZoomStep)->Arg(25)->Arg(100)->Arg(400)->Arg(1600)->Unit(benchmark::kMillisecond)->UseRealTime();
+
+void BM_CanvasPanStep(benchmark::State& state)
+{
+    bench::ensureApplication();
+    ScrolledDemo demo;
+    if (!demo.open(state, int(state.range(0)))) return;
+    QScrollBar* bar = demo.scroll.horizontalScrollBar();
+    demo.repaint();
+    int step = 0;
+    for (auto _ : state) {
+        bar->setValue(bar->value() + ((step++ / 10) % 2 ? -40 : 40));
+        demo.repaint();
+        benchmark::DoNotOptimize(demo.image.constBits());
+    }
+}
+BENCHMARK(BM_CanvasPanStep)->Arg(25)->Arg(100)->Arg(400)->Arg(1600)->Unit(benchmark::kMillisecond)->UseRealTime();
 
 }  // namespace

@@ -4,7 +4,11 @@
 #include "model/Settings.h"
 
 #include <QDesktopServices>
+#include <QDir>
+#include <QFileDialog>
 #include <QFileInfo>
+#include <QLabel>
+#include <QPushButton>
 #include <QHeaderView>
 #include <QMenu>
 #include <QTabWidget>
@@ -15,12 +19,36 @@
 namespace app {
 
 VLLibraryController::VLLibraryController(QWidget* parent)
-    : QWidget(parent), tabs_(new QTabWidget(this)), browser_(new QTreeView), model_(new VLLibraryModel(this))
+    : QWidget(parent),
+      tabs_(new QTabWidget(this)),
+      browser_(new QTreeView),
+      model_(new VLLibraryModel(this)),
+      emptyNotice_(new QWidget(this)),
+      emptyLabel_(new QLabel(emptyNotice_)),
+      folderChooser_([](QWidget* parent) {
+          return QFileDialog::getExistingDirectory(parent, tr("Library Folder"),
+                                                   model::Settings::stringValue(model::Settings::kImagesLibraryPath));
+      })
 {
     setObjectName(QStringLiteral("Library"));
     auto* layout = new QVBoxLayout(this);
     layout->setContentsMargins(0, 0, 0, 0);
     layout->addWidget(tabs_);
+    // An empty list says why, and offers the way out.
+    emptyNotice_->setObjectName(QStringLiteral("LibraryEmptyNotice"));
+    auto* noticeLayout = new QVBoxLayout(emptyNotice_);
+    emptyLabel_->setObjectName(QStringLiteral("LibraryEmptyReason"));
+    emptyLabel_->setWordWrap(true);
+    emptyLabel_->setAlignment(Qt::AlignCenter);
+    auto* choose = new QPushButton(tr("Choose Folder…"), emptyNotice_);
+    choose->setObjectName(QStringLiteral("LibraryChooseFolder"));
+    connect(choose, &QPushButton::clicked, this, &VLLibraryController::chooseFolder);
+    noticeLayout->addWidget(emptyLabel_);
+    noticeLayout->addWidget(choose, 0, Qt::AlignHCenter);
+    layout->addWidget(emptyNotice_);
+    connect(model_, &VLLibraryModel::modelReset, this, &VLLibraryController::updateEmptyNotice);
+    connect(model_, &VLLibraryModel::rowsInserted, this, &VLLibraryController::updateEmptyNotice);
+    connect(model_, &VLLibraryModel::rowsRemoved, this, &VLLibraryController::updateEmptyNotice);
     tabs_->setDocumentMode(true);
 
     browser_->setObjectName(QStringLiteral("LibraryBrowser"));
@@ -84,6 +112,34 @@ void VLLibraryController::reload()
     const QStringList wanted = paths();
     model_->setFolder(wanted.value(0));
     tabs_->setTabToolTip(0, wanted.value(0));
+    updateEmptyNotice();
+}
+
+QString VLLibraryController::emptyReason() const
+{
+    if (model_->rowCount() > 0) return {};
+    const QString folder = paths().value(0);
+    if (folder.isEmpty()) return tr("No library folder is chosen.");
+    const QFileInfo info(folder);
+    const QString name = QDir::toNativeSeparators(folder);
+    if (!info.exists()) return tr("The library folder “%1” does not exist.").arg(name);
+    if (!info.isDir()) return tr("“%1” is a file, not a folder.").arg(name);
+    if (!info.isReadable()) return tr("The library folder “%1” cannot be read.").arg(name);
+    return tr("The library folder “%1” holds no compositions, images or movies.").arg(name);
+}
+
+void VLLibraryController::updateEmptyNotice()
+{
+    const QString reason = emptyReason();
+    emptyLabel_->setText(reason);
+    emptyNotice_->setVisible(!reason.isEmpty());
+}
+
+void VLLibraryController::chooseFolder()
+{
+    const QString folder = folderChooser_ ? folderChooser_(this) : QString();
+    // Setting the preference makes the library follow, as the preferences do.
+    if (!folder.isEmpty()) model::Settings::setValue(model::Settings::kImagesLibraryPath, folder);
 }
 
 void VLLibraryController::userDefaultsChanged()

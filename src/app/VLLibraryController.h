@@ -6,6 +6,9 @@
 
 #include <QWidget>
 
+#include <functional>
+
+class QLabel;
 class QMenu;
 class QTabWidget;
 class QTreeView;
@@ -33,6 +36,16 @@ public:
 
     // Lists the folder again.
     void reload();
+
+    // Why the list is empty ("does not exist", "is empty"), with a button
+    // to choose another folder; hidden while there is something to show.
+    QWidget* emptyNotice() const { return emptyNotice_; }
+    QString emptyReason() const;
+    // Asks for the folder the button sets as the preference; empty when
+    // cancelled. Tests answer it themselves.
+    using FolderChooser = std::function<QString(QWidget* parent)>;
+    void setFolderChooser(FolderChooser chooser) { folderChooser_ = std::move(chooser); }
+    void chooseFolder();
     // Stops following the preferences; safe to call more than once.
     void cleanUp();
 
@@ -42,10 +55,14 @@ Q_SIGNALS:
 private:
     void userDefaultsChanged();
     void showContextMenu(const QPoint& position);
+    void updateEmptyNotice();
 
     QTabWidget* tabs_;
     QTreeView* browser_;
     VLLibraryModel* model_;
+    QWidget* emptyNotice_;
+    QLabel* emptyLabel_;
+    FolderChooser folderChooser_;
     QMetaObject::Connection userDefaultsNotification_;
 };
 

@@ -59,7 +59,12 @@ VLWindowController::VLWindowController(std::unique_ptr<document::CompositionDocu
     timecodeLabel_->setFont(mono);
     timecodeLabel_->setObjectName(QStringLiteral("Timecode"));
     statusBar()->addWidget(timecodeLabel_);
-    statusBar()->addWidget(selectionLabel_, 1);
+    statusBar()->addWidget(selectionLabel_);
+    auto* readout = new QLabel(this);
+    readout->setObjectName(QStringLiteral("CanvasReadout"));
+    statusBar()->addWidget(readout, 1);
+    connect(view_, &canvas::CompositionView::readoutChanged, readout,
+            [this, readout] { readout->setText(canvas::formatReadout(view_->readout())); });
     statusBar()->addPermanentWidget(formatLabel_);
     statusBar()->addPermanentWidget(zoomLabel_);
 

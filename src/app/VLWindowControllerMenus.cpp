@@ -7,6 +7,8 @@
 #include "app/VLWindowController.h"
 
 #include "canvas/CompositionView.h"
+#include "canvas/VLMainToolbar.h"
+#include "canvas/VLZoomScrollView.h"
 #include "widgets/ToolbarArtwork.h"
 #include "canvas/VLAlignmentController.h"
 #include "document/ComponentClipboard.h"
@@ -108,7 +110,10 @@ void VLWindowController::buildEditMenu()
         document::ComponentClipboard::copy(*document_->composition(), *QGuiApplication::clipboard());
     });
     addCommand(menu, QStringLiteral("paste"), tr("&Paste"), QKeySequence::Paste, [this] {
-        document::ComponentClipboard::paste(*document_->composition(), *QGuiApplication::clipboard());
+        // Pasted components land where the designer is looking, cascading.
+        view_->addPlacedComponents(
+            [this] { document::ComponentClipboard::paste(*document_->composition(), *QGuiApplication::clipboard()); },
+            true);
     });
     QAction* remove = addCommand(menu, QStringLiteral("deleteForward"), tr("&Delete"), QKeySequence::Delete,
                                  [this] { commands_->deleteForward(); });
@@ -168,6 +173,9 @@ void VLWindowController::buildCompositionMenu()
     QAction* play = addCommand(menu, QStringLiteral("play"), tr("&Play / Stop"), QKeySequence(Qt::Key_Space),
                                [this] { commands_->play(); });
     play->setShortcutContext(Qt::WindowShortcut);
+    connect(scrollView_, &canvas::VLZoomScrollView::spaceTapped, play, &QAction::trigger);
+    addCommand(menu, QStringLiteral("addComponentFile"), tr("Add Component &File…"), QKeySequence(tr("Ctrl+Shift+A")),
+               [this] { toolbar_->addComponentFile(); });
     addCommand(menu, QStringLiteral("jumpToBeginning"), tr("Jump to &Beginning"), QKeySequence(Qt::Key_Home),
                [this] { commands_->jumpToBeginning(); });
     addCommand(menu, QStringLiteral("jumpToEnd"), tr("Jump to &End"), QKeySequence(Qt::Key_End),
@@ -216,6 +224,11 @@ void VLWindowController::buildViewMenu()
         action->setCheckable(true);
         zoomGroup->addAction(action);
     }
+    QAction* zoomIn = addCommand(menu, QStringLiteral("zoomIn"), tr("Zoom &In"), QKeySequence(tr("Ctrl+=")),
+                                 [this] { scrollView_->zoomIn(); });
+    zoomIn->setShortcuts({QKeySequence(tr("Ctrl+=")), QKeySequence(tr("Ctrl++"))});
+    addCommand(menu, QStringLiteral("zoomOut"), tr("Zoom &Out"), QKeySequence(tr("Ctrl+-")),
+               [this] { scrollView_->zoomOut(); });
     menu->addSeparator();
     QAction* rulers = addCommand(menu, QStringLiteral("showsRulers"), tr("Show &Rulers"), QKeySequence(tr("Ctrl+R")), [this] {
         model::Composition* c = document_->composition();

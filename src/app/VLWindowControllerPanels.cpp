@@ -40,7 +40,9 @@ void VLWindowController::buildPanels()
     splitter_->setChildrenCollapsible(false);
     // The splitter gives the timeline the height it asks for, the canvas the rest.
     timelinePanel_ = new timeline::TimelinePanel;
-    timelinePanel_->setMinimumHeight(90);
+    // The divider stays between 150 points from the top and 50 from the bottom.
+    scrollView_->setMinimumHeight(150);
+    timelinePanel_->setMinimumHeight(50);
     splitter_->addWidget(scrollView_);
     splitter_->addWidget(timelinePanel_);
     splitter_->setStretchFactor(0, 1);

@@ -61,15 +61,19 @@ double zoomFactorForMode(int zoomMode, QSizeF available, QSizeF compositionSize,
     const double width = available.width() - 2.0 * (verticalRulerThickness + 8.0);
     const double height = available.height() - 2.0 * (horizontalRulerThickness + 8.0);
     const double factor = std::min(width / compositionSize.width(), height / compositionSize.height());
-    // A window shrunk to nothing still shows a speck, never a mirror image.
-    return std::max(factor, 0.01);
+    // A window shrunk to nothing still shows a speck, never a mirror image;
+    // a tiny composition in a large window is not blown up past 1600 %.
+    return std::clamp(factor, 0.05, 16.0);
 }
+
+double workAreaMargin(double zoomedLength) { return std::max(std::ceil(zoomedLength * 0.5), 50.0); }
 
 QSize documentSizeForZoom(QSizeF zoomed, QSize visible)
 {
-    const int width = zoomed.width() >= visible.width() ? int(std::ceil(zoomed.width())) + 50 : visible.width();
-    const int height = zoomed.height() >= visible.height() ? int(std::ceil(zoomed.height())) + 50 : visible.height();
-    return QSize(width, height);
+    auto extent = [](double length, int shown) {
+        return std::max(shown, int(std::ceil(length) + 2.0 * workAreaMargin(length)));
+    };
+    return QSize(extent(zoomed.width(), visible.width()), extent(zoomed.height(), visible.height()));
 }
 
 }  // namespace canvas

@@ -49,13 +49,17 @@ inline constexpr int kZoomFit = 0;
 inline constexpr double kRulerThickness = 20.0;
 
 // The factor of a zoom mode. Fit makes the whole composition visible inside
-// `available` after leaving the ruler's thickness plus 8 points on each side.
+// `available` after leaving the ruler's thickness plus 8 points on each side,
+// held between 5 % and 1600 % like every other zoom.
 double zoomFactorForMode(int zoomMode, QSizeF available, QSizeF compositionSize, double verticalRulerThickness,
                          double horizontalRulerThickness);
 
-// The size of the scrolled document for a zoomed drawing area: the visible
-// area, or 50 points more than the drawing area on an axis where it does not
-// fit, so a zoomed-in canvas scrolls clear of the edge.
+// The size of the scrolled document for a zoomed drawing area: the drawing
+// area with a work area of half its size (at least 50 points) on every side,
+// where components wait off the page for their entrances; never smaller
+// than the visible area.
 QSize documentSizeForZoom(QSizeF zoomedSize, QSize visibleSize);
+// The work area beside the drawing area on one axis.
+double workAreaMargin(double zoomedLength);
 
 }  // namespace canvas

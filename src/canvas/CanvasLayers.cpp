@@ -1,13 +1,21 @@
 #include "canvas/CanvasLayers.h"
 
+#include "canvas/CanvasHitRules.h"
 #include "canvas/CanvasSnapping.h"
 #include "model/Composition.h"
+#include "model/QuartzComponent.h"
+#include "widgets/TwoToneOverlay.h"
 
 #include <QPainter>
 
 #include <cmath>
 
 namespace canvas {
+
+namespace {
+// Pixels of the largest chessboard kept scaled for the screen (16 MB).
+constexpr qint64 kLargestCachedChessboard = 4096LL * 1024;
+}  // namespace
 
 QImage DrawingAreaLayer::chessBoardPatternForWidth(int pixelWidth, int pixelHeight)
 {
@@ -64,10 +72,17 @@ void DrawingAreaLayer::paint(QPainter& painter, const CanvasGeometry& geometry, 
             chessboard_ = chessBoardPatternForWidth(size.width(), size.height());
             shownChessboard_ = QImage();
         }
-        // Scaled once per zoom rather than on every repaint.
+        // Scaled once per zoom rather than on every repaint, as long as the
+        // scaled picture stays small; zoomed far in, only the exposed part
+        // is scaled, on each repaint, instead of gigabytes once.
         const QSize shown = (area.size() * painter.device()->devicePixelRatioF()).toSize();
-        if (shownChessboard_.size() != shown) shownChessboard_ = chessboard_.scaled(shown);
-        painter.drawImage(area, shownChessboard_);
+        if (qint64(shown.width()) * shown.height() > kLargestCachedChessboard) {
+            shownChessboard_ = QImage();
+            painter.drawImage(area, chessboard_);
+        } else {
+            if (shownChessboard_.size() != shown) shownChessboard_ = chessboard_.scaled(shown);
+            painter.drawImage(area, shownChessboard_);
+        }
     }
     painter.setPen(QPen(QColor(128, 128, 128, 128), 1));
     painter.setBrush(Qt::NoBrush);
@@ -100,7 +115,7 @@ void SafeAreasLayer::paint(QPainter& painter, const CanvasGeometry& geometry, bo
     painter.save();
     painter.setBrush(Qt::NoBrush);
     if (showsSafeZones) {
-        painter.setPen(QPen(guideColor(), 1, Qt::SolidLine, Qt::SquareCap, Qt::MiterJoin));
+        painter.setPen(QPen(safeAreaColor(), 1, Qt::SolidLine, Qt::SquareCap, Qt::MiterJoin));
         painter.drawRect(niceDrawingRectFromRect(actionSafeRect(geometry)));
         painter.setPen(QPen(Qt::red, 1, Qt::SolidLine, Qt::SquareCap, Qt::MiterJoin));
         painter.drawRect(niceDrawingRectFromRect(titleSafeRect(geometry)));
@@ -131,12 +146,32 @@ void RubberBandLayer::paint(QPainter& painter) const
 {
     if (currentRect_.isEmpty()) return;
     painter.save();
-    QPen pen(color(), 1, Qt::CustomDashLine, Qt::FlatCap, Qt::MiterJoin);
-    pen.setDashPattern({3, 2});
-    painter.setPen(pen);
-    painter.setBrush(Qt::NoBrush);
-    painter.drawRect(SafeAreasLayer::niceDrawingRectFromRect(currentRect_));
+    // A faint fill says which area is being swept, whatever lies under it.
+    QColor fill = color();
+    fill.setAlpha(40);
+    painter.fillRect(currentRect_, fill);
     painter.restore();
+    const QRectF r = SafeAreasLayer::niceDrawingRectFromRect(currentRect_);
+    widgets::drawTwoToneOutline(painter, QPolygonF(r), widgets::marqueeTone(), true);
+}
+
+void SelectionLayer::paint(QPainter& painter, const CanvasGeometry& geometry,
+                           const std::vector<model::QuartzComponent*>& components) const
+{
+    const widgets::TwoTone tone = widgets::selectionTone();
+    for (const model::QuartzComponent* component : components) {
+        if (!component->selected() || !component->visible() || !component->visibleInCompositionEditor()) continue;
+        const QRectF hit = component->handleRects()[0];
+        const double rotation = component->zRotation();
+        QPolygonF outline;
+        for (const QPointF& corner : rotatedFrameCorners(hit, rotation))
+            outline << geometry.viewPointFromComposition(corner);
+        widgets::drawTwoToneOutline(painter, outline, tone);
+        for (int handle = 1; handle <= 8; ++handle) {
+            const QPointF anchor = rotatedPoint(handleAnchor(hit, handle), hit.center(), rotation);
+            widgets::drawTwoToneHandle(painter, geometry.viewPointFromComposition(anchor), kHandleScreenSize, tone);
+        }
+    }
 }
 
 }  // namespace canvas

@@ -1,7 +1,9 @@
 #pragma once
 // The passive layers of the canvas, painted in this order around the
 // components: the drawing area (its shadow, border and background), then,
-// over the components, the safe areas and guides, then the rubber band.
+// over the components, the selection, the safe areas and guides, then the
+// rubber band. Overlays are drawn in widget coordinates at a fixed screen
+// size, two-toned so they show on any picture.
 
 #include "canvas/CanvasGeometry.h"
 
@@ -15,6 +17,7 @@ class QPainter;
 
 namespace model {
 class Composition;
+class QuartzComponent;
 }
 
 namespace canvas {
@@ -40,9 +43,20 @@ private:
     QImage shownChessboard_;  // scaled to the drawing area on screen
 };
 
+class SelectionLayer {
+public:
+    // The outline of each selected, shown component's hit frame (turned
+    // with the layer) and its eight handles as squares of a fixed screen size.
+    void paint(QPainter& painter, const CanvasGeometry& geometry,
+               const std::vector<model::QuartzComponent*>& components) const;
+};
+
 class SafeAreasLayer {
 public:
-    static QColor guideColor() { return QColor(0, 192, 255); }
+    // The action-safe frame's colour; guides have their own, so the two
+    // are never confused.
+    static QColor safeAreaColor() { return QColor(0, 192, 255); }
+    static QColor guideColor() { return QColor(255, 60, 200); }
     // A rectangle made integral and moved half a pixel so that one-pixel
     // lines fall on pixel centres.
     static QRectF niceDrawingRectFromRect(const QRectF& rect);

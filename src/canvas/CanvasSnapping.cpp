@@ -66,11 +66,11 @@ QPointF snapResizePoint(QPointF point, const std::vector<Guide>& guides)
     return point;
 }
 
-int guideIndexAt(const QPointF& point, const std::vector<Guide>& guides)
+int guideIndexAt(const QPointF& point, const std::vector<Guide>& guides, double tolerance)
 {
     for (std::size_t i = 0; i < guides.size(); ++i) {
         const double coordinate = guides[i].horizontal ? point.y() : point.x();
-        if (guides[i].position - kGuideGrabTolerance < coordinate && coordinate < guides[i].position + kGuideGrabTolerance)
+        if (guides[i].position - tolerance < coordinate && coordinate < guides[i].position + tolerance)
             return int(i);
     }
     return -1;

@@ -39,7 +39,7 @@ QPointF snapMoveDelta(const QRectF& frame, QPointF delta, const std::vector<Guid
 // distance; at most one axis snaps.
 QPointF snapResizePoint(QPointF point, const std::vector<Guide>& guides);
 
-// The first guide within the grab tolerance of a point, or -1.
-int guideIndexAt(const QPointF& point, const std::vector<Guide>& guides);
+// The first guide within `tolerance` (strictly) of a point, or -1.
+int guideIndexAt(const QPointF& point, const std::vector<Guide>& guides, double tolerance = kGuideGrabTolerance);
 
 }  // namespace canvas

@@ -1,5 +1,9 @@
 #include "canvas/CompositionView.h"
 
+#include "canvas/CanvasHitRules.h"
+#include "canvas/CanvasZoom.h"
+#include "widgets/TwoToneOverlay.h"
+
 #include "document/CompositionDocument.h"
 #include "document/EventArguments.h"
 #include "model/Composition.h"
@@ -43,6 +47,8 @@ CompositionView::CompositionView(QWidget* parent)
     connect(&idleTimer_, &QTimer::timeout, this, [this] {
         if (model::Composition* c = composition(); c && c->playMode() == 0) update();
     });
+    autoscrollTimer_.setInterval(kAutoscrollIntervalMs);
+    connect(&autoscrollTimer_, &QTimer::timeout, this, &CompositionView::autoscrollTick);
 }
 
 CompositionView::~CompositionView() { cleanUp(); }
@@ -85,7 +91,10 @@ void CompositionView::observeComposition()
         const QString name = QString::fromLatin1(key);
         model::NotificationHelper::addObserver(this, c, name, [this, name](model::ManagedObject*, const QString&) {
             if (name == QLatin1String("componentsSortedByInverseZLevel")) componentsChanged();
-            else if (name == QLatin1String("selectedComponents")) Q_EMIT selectionChanged();
+            else if (name == QLatin1String("selectedComponents")) {
+                Q_EMIT selectionChanged();
+                Q_EMIT readoutChanged();
+            }
             else if (name == QLatin1String("editorTimepoint")) Q_EMIT editorTimepointChanged();
             update();
         });
@@ -99,7 +108,11 @@ void CompositionView::observeComponents()
     for (model::QuartzComponent* component : composition()->componentArray())
         for (const char* key : kComponentKeys)
             model::NotificationHelper::addObserver(this, component, QString::fromLatin1(key),
-                                                   [this](model::ManagedObject*, const QString&) { update(); });
+                                                   [this](model::ManagedObject* object, const QString&) {
+                                                       update();
+                                                       const auto* c = static_cast<model::QuartzComponent*>(object);
+                                                       if (c->selected()) Q_EMIT readoutChanged();
+                                                   });
 }
 
 void CompositionView::componentsChanged()
@@ -120,7 +133,7 @@ void CompositionView::setZoomMode(int mode)
 {
     model::Composition* c = composition();
     if (!c || mode < 0) return;
-    c->setZoomMode(mode);
+    c->setZoomMode(mode == kZoomFit ? kZoomFit : clampZoomPercent(mode));
     Q_EMIT zoomChanged();
     update();
 }
@@ -187,8 +200,21 @@ void CompositionView::paintEvent(QPaintEvent* event)
     const CanvasGeometry g = geometry();
     drawingArea_.paint(painter, g, *c);
     renderComponents(painter, event->rect());
+    selectionLayer_.paint(painter, g, c->componentsSortedByZLevel());
     safeAreas_.paint(painter, g, c->showsSafeZones(), c->showsRulers() ? guides() : std::vector<Guide>{});
+    paintGuideLabel(painter);
     rubberBand_.paint(painter);
+}
+
+void CompositionView::paintGuideLabel(QPainter& painter)
+{
+    const model::Ruler* ruler = gesture_.ruler;
+    if (gesture_.kind != GestureKind::Guide || !gesture_.started || !ruler || ruler->isDeleted()) return;
+    const QPointF at = mapFromGlobal(gesture_.lastGlobal.toPoint());
+    const Guide guide{ruler->position(), ruler->horizontal()};
+    const QRect shown = visibleRegion().boundingRect();
+    widgets::drawTwoToneLabel(painter, at, guideLabelText(guide, gesture_.removeRuler),
+                              QRectF(shown.isEmpty() ? rect() : shown));
 }
 
 // How many components from the bottom stay as they are for the rest of the
@@ -240,11 +266,9 @@ void CompositionView::renderComponents(QPainter& painter, const QRect& area)
         components[i]->renderForView(this, *target, time, arguments);
     }
     if (still == 0) stillBelow_ = {};
-    QColor overlayColour = palette().color(QPalette::Text);
-    overlayColour.setAlphaF(0.7f);
-    for (model::QuartzComponent* component : components)
-        component->renderOverlaysForView(*target, 1.0 / g.zoom(), overlayColour);
-    // Only now: the target draws in image pixels, ignoring the ratio.
+    // The selection is drawn over the picture by SelectionLayer, at a
+    // constant screen size. Only now: the target draws in image pixels,
+    // ignoring the ratio.
     image.setDevicePixelRatio(dpr);
     painter.drawImage(area.topLeft(), image);
 }
@@ -286,8 +310,15 @@ void CompositionView::addGuide(double position, bool horizontal)
 model::Ruler* CompositionView::rulerAt(const QPointF& p) const
 {
     const std::vector<model::Ruler*> all = rulers();
-    const int index = guideIndexAt(p, guides());
+    const int index = guideIndexAt(p, guides(), guideGrabTolerance(zoomFactor()));
     return index >= 0 ? all[std::size_t(index)] : nullptr;
+}
+
+int CompositionView::handleAt(const model::QuartzComponent& component, const QPointF& p) const
+{
+    if (!component.selected() || !component.visible() || !component.visibleInCompositionEditor())
+        return component.handleIndexForLocation(p);
+    return handleIndexAt(component.handleRects(), component.zRotation(), p, zoomFactor());
 }
 
 }  // namespace canvas

@@ -4,13 +4,15 @@
 // timepoint by its own renderer, the selection handles, safe areas, guide
 // rulers and the marquee over them. Mouse and keyboard editing live in
 // CompositionViewEditing.cpp, drops in CompositionViewDragAndDrop.cpp, the
-// Photoshop import sheet in CompositionViewPSDImport.cpp.
+// Photoshop import sheet in CompositionViewPSDImport.cpp, the readout and
+// the placing of new components in CompositionViewPlacement.cpp.
 //
 // The view follows the model by observing keys; it changes the model only
 // through the composition's and components' operations.
 
 #include "canvas/CanvasGeometry.h"
 #include "canvas/CanvasLayers.h"
+#include "canvas/CanvasReadout.h"
 #include "canvas/CanvasSnapping.h"
 #include "model/UndoManager.h"
 
@@ -21,7 +23,9 @@
 #include <QWidget>
 
 #include <deque>
+#include <functional>
 #include <memory>
+#include <optional>
 #include <vector>
 
 namespace document {
@@ -59,8 +63,9 @@ public:
     // Removes every observation; safe to call again.
     void cleanUp();
 
-    // Zoom. The mode is a percentage, 0 fits the composition into the
-    // visible area, which the enclosing scroll view reports.
+    // Zoom. The mode is a percentage between 5 and 1600 (others are
+    // held to that range), 0 fits the composition into the visible area,
+    // which the enclosing scroll view reports.
     int zoomMode() const;
     void setZoomMode(int mode);
     double zoomFactor() const;
@@ -84,7 +89,20 @@ public:
     // warnings in a sheet; false when a composition file could not be used.
     // A Photoshop file goes to the import sheet once the event loop runs
     // again, unless `commandKeyPressed` makes it one flat image.
-    bool addComponentsFromPaths(const QStringList& paths, bool commandKeyPressed);
+    // The components land centred on `at` (composition pixels), or on the
+    // middle of the visible area, each further one cascading.
+    bool addComponentsFromPaths(const QStringList& paths, bool commandKeyPressed,
+                                std::optional<QPointF> at = std::nullopt);
+
+    // Runs `add` and places what it added: each new component centred on
+    // the middle of the visible area (or `at`), or with `asGroup` the new
+    // components together, keeping their arrangement; then moved on by
+    // cascade steps until it covers no origin already taken. One undo step
+    // with the adding.
+    void addPlacedComponents(const std::function<void()>& add, bool asGroup = false,
+                             std::optional<QPointF> at = std::nullopt);
+    // The middle of what the scroll view shows, in composition pixels.
+    QPointF visibleCentre() const;
 
     // Photoshop import (CompositionViewPSDImport.cpp). A file's layers are
     // shown in a window-modal sheet first; the import runs when the sheet
@@ -126,6 +144,12 @@ public:
     QRectF rubberBandRect() const { return rubberBand_.currentRect(); }
     bool isDragging() const { return gesture_.kind != GestureKind::None; }
 
+    // What the status line shows: pointer, selection, the running drag.
+    CanvasReadout readout() const;
+    // The handle of a component under a point, as a press would find it:
+    // a selected component's handles reach a fixed distance on screen.
+    int handleAt(const model::QuartzComponent& component, const QPointF& compositionPoint) const;
+
 Q_SIGNALS:
     // Zoom or layout changed: the scroll view resizes the document, the
     // rulers repaint.
@@ -133,6 +157,10 @@ Q_SIGNALS:
     void layoutChanged();
     void selectionChanged();
     void editorTimepointChanged();
+    // The pointer, the selection or a drag changed what readout() says.
+    void readoutChanged();
+    // A drag is held against the edge: the scroll view scrolls by this.
+    void autoscrollRequested(QPoint step);
 
 protected:
     void paintEvent(QPaintEvent* event) override;
@@ -140,6 +168,7 @@ protected:
     void mousePressEvent(QMouseEvent* event) override;
     void mouseMoveEvent(QMouseEvent* event) override;
     void mouseReleaseEvent(QMouseEvent* event) override;
+    void leaveEvent(QEvent* event) override;
     void keyPressEvent(QKeyEvent* event) override;
     void dragEnterEvent(QDragEnterEvent* event) override;
     void dragMoveEvent(QDragMoveEvent* event) override;
@@ -154,6 +183,10 @@ private:
         GestureKind kind = GestureKind::None;
         QPointF start;                 // composition pixels
         QPointF startInView;           // widget coordinates (marquee)
+        QPointF startOnScreen;         // global, for the drag distance
+        QPointF lastGlobal;            // where the mouse was last seen
+        Qt::KeyboardModifiers lastModifiers;
+        QPointF delta;                 // for the readout
         Qt::KeyboardModifiers startModifiers;
         std::vector<QPointer<model::QuartzComponent>> components;
         std::vector<QRectF> frames;    // at the start, never accumulated
@@ -184,11 +217,18 @@ private:
     // Ends the gesture; with `commit` a marquee selects and a guide dragged
     // off the drawing area is removed.
     void endGesture(bool commit);
+    // One step of the running gesture at a widget point.
+    void gestureStep(const QPointF& viewPoint, const QPointF& globalPoint, Qt::KeyboardModifiers modifiers);
+    bool pressBecameDrag(const QPointF& globalPoint) const;
+    void updateAutoscroll(const QPointF& viewPoint);
+    void autoscrollTick();
     void cancelGestureIfStale();
     void openUndoGroup(const QString& name);
     PSDImportSheet* makePSDImportPanel();
     void syncPSDImportPanel();
     void updateCursor(const QPointF& p);
+    void setPointer(std::optional<QPointF> p);
+    void paintGuideLabel(QPainter& painter);
     model::UndoManager* undoManager() const;
 
     document::CompositionDocument* document_ = nullptr;
@@ -200,7 +240,10 @@ private:
     DrawingAreaLayer drawingArea_;
     SafeAreasLayer safeAreas_;
     RubberBandLayer rubberBand_;
+    SelectionLayer selectionLayer_;
     Gesture gesture_;
+    QTimer autoscrollTimer_;
+    std::optional<QPointF> pointer_;  // composition pixels
 
     // While components are dragged, everything under the lowest of them
     // stands still: it is drawn once into `image` and each step of the drag

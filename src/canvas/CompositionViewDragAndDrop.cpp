@@ -46,10 +46,10 @@ void CompositionView::dropEvent(QDropEvent* event)
     if (!composition() || paths.isEmpty()) return;
     event->acceptProposedAction();
     // Control plays the part of the Command key: a Photoshop file stays flat.
-    addComponentsFromPaths(paths, event->modifiers() & Qt::ControlModifier);
+    addComponentsFromPaths(paths, event->modifiers() & Qt::ControlModifier, compositionPointFromView(event->position()));
 }
 
-bool CompositionView::addComponentsFromPaths(const QStringList& paths, bool commandKeyPressed)
+bool CompositionView::addComponentsFromPaths(const QStringList& paths, bool commandKeyPressed, std::optional<QPointF> at)
 {
     model::Composition* c = composition();
     if (!c) return false;
@@ -59,12 +59,16 @@ bool CompositionView::addComponentsFromPaths(const QStringList& paths, bool comm
         // A Photoshop file opens its sheet once the drop is over, so the
         // drag source is not kept waiting; the sheet's import is its own
         // undo step.
-        result = document::addComponentsFromPaths(
-            *c, paths, commandKeyPressed, [this](const QString& psdPath, const QString& componentFile) {
-                QTimer::singleShot(0, this, [this, psdPath, componentFile] {
-                    triggerPSDImport({psdPath, componentFile});
-                });
-            });
+        addPlacedComponents(
+            [&] {
+                result = document::addComponentsFromPaths(
+                    *c, paths, commandKeyPressed, [this](const QString& psdPath, const QString& componentFile) {
+                        QTimer::singleShot(0, this, [this, psdPath, componentFile] {
+                            triggerPSDImport({psdPath, componentFile});
+                        });
+                    });
+            },
+            false, at);
     }
     if (!result.warnings.isEmpty())
         showAlertSheet(window(), document::Alert{QStringLiteral("Import Composition"),

@@ -5,13 +5,18 @@
 
 #include "canvas/CompositionView.h"
 
+#include "canvas/CanvasHitRules.h"
+#include "canvas/CanvasZoom.h"
+
 #include "document/CompositionDocument.h"
 #include "model/Composition.h"
 #include "model/QuartzComponent.h"
 #include "model/Ruler.h"
 
+#include <QGuiApplication>
 #include <QKeyEvent>
 #include <QMouseEvent>
+#include <QStyleHints>
 
 #include <cmath>
 
@@ -64,6 +69,8 @@ void CompositionView::mousePressEvent(QMouseEvent* event)
     }
     setFocus(Qt::MouseFocusReason);
     endGesture(false);
+    gesture_.startOnScreen = event->globalPosition();
+    gesture_.lastGlobal = event->globalPosition();
     beginGestureAt(compositionPointFromView(event->position()), event->position(), event->modifiers());
     event->accept();
 }
@@ -79,7 +86,7 @@ void CompositionView::beginGestureAt(const QPointF& p, const QPointF& viewPoint,
     const std::vector<QuartzComponent*> ordered = c->componentsSortedByInverseZLevel();
     QuartzComponent* target = nullptr;
     for (QuartzComponent* component : ordered) {
-        if (component->handleIndexForLocation(p) != model::kHandleNone) {
+        if (handleAt(*component, p) != model::kHandleNone) {
             target = component;
             break;
         }
@@ -108,7 +115,7 @@ void CompositionView::beginGestureAt(const QPointF& p, const QPointF& viewPoint,
         }
     }
 
-    const int ownHandle = target->handleIndexForLocation(p);
+    const int ownHandle = handleAt(*target, p);
     if (target->selected() && isHandle(ownHandle)) {
         gesture_.kind = GestureKind::Resize;
         gesture_.handle = ownHandle;
@@ -143,14 +150,39 @@ void CompositionView::beginGestureAt(const QPointF& p, const QPointF& viewPoint,
 void CompositionView::mouseMoveEvent(QMouseEvent* event)
 {
     if (!composition()) return;
-    const QPointF p = compositionPointFromView(event->position());
+    setPointer(compositionPointFromView(event->position()));
+    if (gesture_.kind == GestureKind::None) {
+        updateCursor(*pointer_);
+        return;
+    }
+    gestureStep(event->position(), event->globalPosition(), event->modifiers());
+    updateAutoscroll(event->position());
+}
+
+void CompositionView::gestureStep(const QPointF& viewPoint, const QPointF& globalPoint, Qt::KeyboardModifiers modifiers)
+{
+    gesture_.lastGlobal = globalPoint;
+    gesture_.lastModifiers = modifiers;
+    const QPointF p = compositionPointFromView(viewPoint);
     switch (gesture_.kind) {
-    case GestureKind::None: updateCursor(p); break;
-    case GestureKind::Move: moveSelectionStep(p, event->modifiers()); break;
-    case GestureKind::Resize: resizeStep(p, event->modifiers()); break;
-    case GestureKind::Marquee: marqueeStep(event->position()); break;
+    case GestureKind::None: return;
+    case GestureKind::Move: moveSelectionStep(p, modifiers); break;
+    case GestureKind::Resize: resizeStep(p, modifiers); break;
+    case GestureKind::Marquee: marqueeStep(viewPoint); break;
     case GestureKind::Guide: guideStep(p); break;
     }
+    if (gesture_.started) {
+        if (gesture_.kind == GestureKind::Guide) update();  // the label follows the mouse
+        Q_EMIT readoutChanged();
+    }
+}
+
+bool CompositionView::pressBecameDrag(const QPointF& globalPoint) const
+{
+    // A hand shakes by a pixel or two on a click; only travel past the
+    // platform's drag distance on screen makes a drag, whatever the zoom.
+    return dragHasStarted({}, globalPoint - gesture_.startOnScreen, QGuiApplication::styleHints()->startDragDistance(),
+                          false);
 }
 
 void CompositionView::mouseReleaseEvent(QMouseEvent* event)
@@ -159,21 +191,55 @@ void CompositionView::mouseReleaseEvent(QMouseEvent* event)
         QWidget::mouseReleaseEvent(event);
         return;
     }
-    if (gesture_.kind == GestureKind::Marquee) marqueeStep(event->position());
+    // The release point counts as the last step, so a quick flick ends
+    // where the mouse was let go rather than at the last move seen.
+    if (gesture_.kind != GestureKind::None)
+        gestureStep(event->position(), event->globalPosition(), event->modifiers());
     endGesture(true);
     if (composition()) updateCursor(compositionPointFromView(event->position()));
+}
+
+void CompositionView::updateAutoscroll(const QPointF& viewPoint)
+{
+    const bool scrolls = gesture_.started && (gesture_.kind == GestureKind::Move || gesture_.kind == GestureKind::Resize ||
+                                              gesture_.kind == GestureKind::Guide);
+    const QRect shown = visibleRegion().boundingRect();
+    if (!scrolls || shown.isEmpty() || autoscrollStep(viewPoint - shown.topLeft(), shown.size()).isNull()) {
+        autoscrollTimer_.stop();
+        return;
+    }
+    if (!autoscrollTimer_.isActive()) autoscrollTimer_.start();
+}
+
+void CompositionView::autoscrollTick()
+{
+    if (gesture_.kind == GestureKind::None) {
+        autoscrollTimer_.stop();
+        return;
+    }
+    const QRect shown = visibleRegion().boundingRect();
+    const QPointF viewPoint = mapFromGlobal(gesture_.lastGlobal);
+    const QPoint step = shown.isEmpty() ? QPoint() : autoscrollStep(viewPoint - shown.topLeft(), shown.size());
+    if (step.isNull()) {
+        autoscrollTimer_.stop();
+        return;
+    }
+    Q_EMIT autoscrollRequested(step);
+    // The view moved under a still mouse: the drag follows as if it moved.
+    gestureStep(mapFromGlobal(gesture_.lastGlobal), gesture_.lastGlobal, gesture_.lastModifiers);
 }
 
 void CompositionView::moveSelectionStep(const QPointF& p, Qt::KeyboardModifiers modifiers)
 {
     QPointF delta = p - gesture_.start;
     if (!gesture_.started) {
-        if (!dragHasStarted(delta)) return;
+        if (!dragHasStarted(delta) || !pressBecameDrag(gesture_.lastGlobal)) return;
         gesture_.started = true;
         openUndoGroup(tr("Move"));
     }
     delta = lockAxis(delta, modifiers & Qt::ShiftModifier, gesture_.lock);
     if (composition()->showsRulers()) delta = snapMoveDelta(gesture_.unionFrame, delta, guides());
+    gesture_.delta = delta;
     for (std::size_t i = 0; i < gesture_.components.size(); ++i) {
         QuartzComponent* component = gesture_.components[i];
         if (!component || component->isDeleted()) continue;
@@ -187,6 +253,7 @@ void CompositionView::resizeStep(const QPointF& point, Qt::KeyboardModifiers mod
     QuartzComponent* component = gesture_.components.empty() ? nullptr : gesture_.components.front().data();
     if (!component || component->isDeleted()) return;
     if (!gesture_.started) {
+        if (!pressBecameDrag(gesture_.lastGlobal)) return;
         gesture_.started = true;
         openUndoGroup(tr("Resize"));
     }
@@ -194,6 +261,8 @@ void CompositionView::resizeStep(const QPointF& point, Qt::KeyboardModifiers mod
     const bool proportional = component->constrainProportions() != bool(modifiers & Qt::ShiftModifier);
     const bool fromCenter = modifiers & Qt::AltModifier;
     gesture_.handle = component->resizeByMovingHandle(gesture_.handle, p, proportional, fromCenter, gesture_.frames.front());
+    const QRectF& start = gesture_.frames.front();
+    gesture_.delta = QPointF(component->width() - start.width(), component->height() - start.height());
 }
 
 void CompositionView::marqueeStep(const QPointF& viewPoint)
@@ -224,6 +293,7 @@ void CompositionView::guideStep(const QPointF& p)
     model::Ruler* ruler = gesture_.ruler;
     if (!ruler || ruler->isDeleted()) return;
     if (!gesture_.started) {
+        if (!pressBecameDrag(gesture_.lastGlobal)) return;
         gesture_.started = true;
         openUndoGroup(tr("Move Guide"));
     }
@@ -244,12 +314,15 @@ void CompositionView::endGesture(bool commit)
         if (gesture_.kind == GestureKind::Guide && gesture_.removeRuler && gesture_.ruler && !gesture_.ruler->isDeleted())
             composition()->removeRuler(gesture_.ruler);
     }
-    const bool hadBand = !rubberBand_.currentRect().isNull();
+    const bool hadOverlay = !rubberBand_.currentRect().isNull() || (gesture_.kind == GestureKind::Guide && gesture_.started);
+    const bool hadDrag = gesture_.started;
     rubberBand_.setCurrentRect({});
+    autoscrollTimer_.stop();
     gesture_.undoGroup.reset();  // closes the gesture's undo step
     gesture_ = Gesture{};
     unsetCursor();
-    if (hadBand) update();
+    if (hadOverlay) update();
+    if (hadDrag) Q_EMIT readoutChanged();
 }
 
 void CompositionView::cancelGestureIfStale()
@@ -264,7 +337,7 @@ void CompositionView::updateCursor(const QPointF& p)
     Qt::CursorShape shape = Qt::ArrowCursor;
     // Every component is asked, so the rearmost hit decides the cursor.
     for (QuartzComponent* component : composition()->componentsSortedByInverseZLevel()) {
-        const int handle = component->handleIndexForLocation(p);
+        const int handle = handleAt(*component, p);
         if (handle != model::kHandleNone) shape = cursorForHandle(handle);
     }
     if (shape == Qt::ArrowCursor)

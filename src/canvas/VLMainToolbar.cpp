@@ -191,8 +191,15 @@ void VLMainToolbar::updateActionButtons()
 void VLMainToolbar::syncZoomButton()
 {
     if (!zoomButton_) return;
-    const int index = zoomButton_->findData(view_->zoomMode());
-    zoomButton_->setCurrentIndex(index >= 0 ? index : zoomButton_->findData(100));
+    // A zoom off the listed modes (the wheel, Ctrl+=) shows as one more item.
+    while (zoomButton_->count() > int(std::size(kZoomModes))) zoomButton_->removeItem(zoomButton_->count() - 1);
+    const int mode = view_->zoomMode();
+    int index = zoomButton_->findData(mode);
+    if (index < 0) {
+        zoomButton_->addItem(QStringLiteral("%1%").arg(mode), mode);
+        index = zoomButton_->count() - 1;
+    }
+    zoomButton_->setCurrentIndex(index);
 }
 
 void VLMainToolbar::addToolbarComponent(const ToolbarComponentEntry& entry)
@@ -200,6 +207,11 @@ void VLMainToolbar::addToolbarComponent(const ToolbarComponentEntry& entry)
     model::Composition* c = view_->composition();
     if (!c) return;
     QString chosen;
+    if (entry.component.isEmpty() && !entry.asksForFile()) {
+        chosen = fileChooser_ ? fileChooser_(entry) : QString();
+        if (!chosen.isEmpty()) view_->addComponentsFromPaths({chosen}, false);
+        return;
+    }
     if (entry.asksForFile()) {
         chosen = fileChooser_ ? fileChooser_(entry) : QString();
         if (chosen.isEmpty()) return;
@@ -213,7 +225,7 @@ void VLMainToolbar::addToolbarComponent(const ToolbarComponentEntry& entry)
             }
         }
     }
-    canvas::addToolbarComponent(*c, entry, chosen);
+    view_->addPlacedComponents([&] { canvas::addToolbarComponent(*c, entry, chosen); });
 }
 
 QString VLMainToolbar::chooseFile(const ToolbarComponentEntry& entry, QWidget* parent)
@@ -222,6 +234,14 @@ QString VLMainToolbar::chooseFile(const ToolbarComponentEntry& entry, QWidget* p
     QFileDialog dialog(parent, entry.title);
     dialog.setFileMode(QFileDialog::ExistingFile);
     dialog.setLabelText(QFileDialog::Accept, tr("Choose"));
+    if (!entry.asksForFile()) {
+        dialog.setWindowTitle(tr("Add Component File"));
+        dialog.setOption(QFileDialog::DontUseNativeDialog);
+        dialog.setDirectory(QDir(model::Settings::stringValue(model::Settings::kComponentsLibraryPath)));
+        dialog.setNameFilter(tr("Quartz Composer Composition (*.qtz)"));
+        if (dialog.exec() != QDialog::Accepted || dialog.selectedFiles().isEmpty()) return {};
+        return dialog.selectedFiles().constFirst();
+    }
     dialog.setDirectory(QDir(model::Settings::stringValue(movie ? model::Settings::kMoviesLibraryPath
                                                                 : model::Settings::kImagesLibraryPath)));
     dialog.setNameFilter(movie ? tr("Movies (*.mov *.mp4 *.m4v *.avi *.mkv)")

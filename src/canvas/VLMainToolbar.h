@@ -45,7 +45,10 @@ public:
 
     void setFileChooser(FileChooser chooser) { fileChooser_ = std::move(chooser); }
     // Adds an entry's component, asking for a file first when it needs one.
+    // An empty entry stands for any other sender: a composition file is
+    // chosen from the components library folder and added as it is.
     void addToolbarComponent(const ToolbarComponentEntry& entry);
+    void addComponentFile() { addToolbarComponent(ToolbarComponentEntry{}); }
     // Align needs two selected components, distribute three.
     void updateActionButtons();
 

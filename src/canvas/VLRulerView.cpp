@@ -26,6 +26,12 @@ void VLRulerView::setCompositionView(CompositionView* view)
 
 double VLRulerView::majorTickStep(double zoom) { return widgets::majorTickStep(zoom); }
 
+RulerUnit VLRulerView::rulerUnit() const
+{
+    if (!view_ || !view_->composition()) return rulerUnitForZoomMode(100, 1.0);
+    return rulerUnitForZoomMode(view_->zoomMode(), view_->zoomFactor());
+}
+
 QPointF VLRulerView::viewPointAt(const QPointF& rulerPoint) const
 {
     // Both widgets live in the same window; map through it.

@@ -5,6 +5,8 @@
 // horizontal guide at the clicked height, the horizontal ruler a vertical
 // guide at the clicked x.
 
+#include "canvas/CanvasZoom.h"
+
 #include <QPointer>
 #include <QWidget>
 
@@ -25,6 +27,9 @@ public:
     // The distance between labelled ticks for a zoom: 1, 2 or 5 times a
     // power of ten, at least 60 points apart on screen.
     static double majorTickStep(double zoom);
+    // The unit the ruler counts in for the view's zoom mode: the labels
+    // always read composition pixels, whatever the zoom.
+    RulerUnit rulerUnit() const;
 
 protected:
     void paintEvent(QPaintEvent* event) override;

@@ -13,6 +13,7 @@
 #include <QFile>
 #include <QImage>
 #include <QMimeData>
+#include <QPushButton>
 #include <QTabWidget>
 #include <QTest>
 #include <QTreeView>
@@ -158,4 +159,33 @@ TEST_F(LibraryTest, DoubleClickingAnImageOpensNothing)
     EXPECT_EQ(doubleClicks, 1);
     EXPECT_EQ(window->library()->selectedPaths(), QStringList{path});
     EXPECT_EQ(controller.windows().size(), 1u);
+}
+
+TEST_F(LibraryTest, AnEmptyLibrarySaysWhyAndOffersToChooseAFolder)
+{
+    Settings::setValue(Settings::kImagesLibraryPath, dir.filePath(QStringLiteral("Gone")));
+    app::VLLibraryController library;
+    library.show();
+    EXPECT_TRUE(library.emptyNotice()->isVisible());
+    EXPECT_TRUE(library.emptyReason().contains(QStringLiteral("does not exist"))) << library.emptyReason().toStdString();
+
+    QDir(dir.path()).mkdir(QStringLiteral("Empty"));
+    Settings::setValue(Settings::kImagesLibraryPath, dir.filePath(QStringLiteral("Empty")));
+    EXPECT_TRUE(library.emptyReason().contains(QStringLiteral("holds no"))) << library.emptyReason().toStdString();
+
+    // The button's folder becomes the preference and the list follows it.
+    touch(dir.filePath(QStringLiteral("logo.png")));
+    library.setFolderChooser([this](QWidget*) { return dir.path(); });
+    auto* choose = library.findChild<QPushButton*>(QStringLiteral("LibraryChooseFolder"));
+    ASSERT_TRUE(choose);
+    QTest::mouseClick(choose, Qt::LeftButton);
+    EXPECT_EQ(Settings::stringValue(Settings::kImagesLibraryPath), dir.path());
+    EXPECT_EQ(names(library.model()), QStringList{QStringLiteral("logo.png")});
+    EXPECT_FALSE(library.emptyNotice()->isVisible());
+    EXPECT_TRUE(library.emptyReason().isEmpty());
+
+    // Cancelling the chooser changes nothing.
+    library.setFolderChooser([](QWidget*) { return QString(); });
+    library.chooseFolder();
+    EXPECT_EQ(Settings::stringValue(Settings::kImagesLibraryPath), dir.path());
 }

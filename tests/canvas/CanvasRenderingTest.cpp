@@ -80,9 +80,32 @@ TEST_F(CanvasRenderingTest, SelectionHandlesAndGuidesAreDrawnOverTheComponents)
 
     composition->addRulerAtPosition(100, true);
     const QPoint onGuide = at(800, 100);
-    EXPECT_EQ(picture().pixelColor(onGuide), QColor(0, 192, 255));
+    EXPECT_EQ(picture().pixelColor(onGuide), canvas::SafeAreasLayer::guideColor());
     composition->setShowsRulers(false);
     EXPECT_EQ(picture().pixelColor(onGuide), QColor(Qt::black));
+}
+
+TEST_F(CanvasRenderingTest, TheSelectionShowsOnBlackAndOnWhiteAtAConstantScreenSize)
+{
+    addImage(500, 250, QSize(400, 400));
+    for (int zoom : {25, 100, 200}) {
+        view.setZoomMode(zoom);
+        // On the left edge a quarter up, clear of the handles.
+        const QPoint edge = at(500, 350);
+        for (const QColor& background : {QColor(Qt::black), QColor(Qt::white)}) {
+            composition->setBackgroundColor(background);
+            const QImage image = picture();
+            const std::string where = std::to_string(zoom) + " % on " + background.name().toStdString();
+            // A dark stroke beside a light one, whatever is behind.
+            EXPECT_LT(image.pixelColor(edge + QPoint(-1, 0)).lightness(), 90) << where;
+            EXPECT_GT(image.pixelColor(edge).lightness(), 150) << where;
+        }
+        // Handles are 7 screen pixels wide at every zoom.
+        const QImage image = picture();
+        const QPoint corner = at(500, 250);
+        EXPECT_NE(image.pixelColor(corner + QPoint(-3, 0)), QColor(Qt::white)) << zoom;
+        EXPECT_EQ(image.pixelColor(corner + QPoint(-6, 0)), QColor(Qt::white)) << zoom;
+    }
 }
 
 TEST_F(CanvasRenderingTest, AComponentOutsideItsTimeSpanIsNotDrawn)

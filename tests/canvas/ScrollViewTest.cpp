@@ -9,6 +9,7 @@
 #include "model/Ruler.h"
 #include "model/VideoResolution.h"
 
+#include <QScrollBar>
 #include <QTest>
 
 #include <gtest/gtest.h>
@@ -34,19 +35,28 @@ protected:
     canvas::CompositionView* view = nullptr;
 };
 
-TEST_F(ScrollViewTest, FitKeepsTheCanvasAsLargeAsTheVisibleArea)
+TEST_F(ScrollViewTest, FitShowsTheWholePageInTheMiddleOfItsWorkArea)
 {
     view->setZoomMode(0);
-    EXPECT_EQ(view->size(), visible());
-    EXPECT_TRUE(QRectF(view->rect()).contains(view->geometry().drawingAreaRect()));
+    const QRectF page = view->geometry().drawingAreaRect();
+    // The page is fully in view when the window opens...
+    const QRect shown(QPoint(scroll.horizontalScrollBar()->value(), scroll.verticalScrollBar()->value()), visible());
+    EXPECT_TRUE(QRectF(shown).contains(page)) << page.x() << "," << page.y() << " " << page.width() << "x" << page.height() << " in " << shown.x() << "," << shown.y() << " " << shown.width() << "x" << shown.height();
+    // ...and half a page of room lies beyond each edge for off-page components.
+    EXPECT_GE(page.left(), page.width() / 2 - 1);
+    EXPECT_GE(view->width() - page.right(), page.width() / 2 - 1);
+    EXPECT_GE(page.top(), page.height() / 2 - 1);
+    EXPECT_GE(view->height() - page.bottom(), page.height() / 2 - 1);
 }
 
-TEST_F(ScrollViewTest, AZoomedInCanvasScrollsFiftyPointsPastTheDrawingArea)
+TEST_F(ScrollViewTest, EveryZoomHasHalfAPageOfWorkAreaOnEachSide)
 {
     view->setZoomMode(200);
-    EXPECT_EQ(view->size(), QSize(2560 + 50, 1440 + 50));
-    view->setZoomMode(50);
-    EXPECT_EQ(view->size(), visible());  // 640 × 360 fits
+    EXPECT_EQ(view->size(), QSize(2560 * 2, 1440 * 2));
+    view->setZoomMode(5);
+    EXPECT_EQ(view->size(), visible()) << "a tiny page still fills the view";
+    view->setZoomMode(3000);
+    EXPECT_EQ(view->zoomMode(), 1600) << "held to the largest zoom";
 }
 
 TEST_F(ScrollViewTest, DoubleClickingARulerAddsAGuideWhereTheClickWas)

@@ -107,9 +107,18 @@ TEST_F(ToolbarTest, APullDownListsTheSubcomponentsAndAddsTheChosenOne)
 
 TEST_F(ToolbarTest, AButtonAddsItsComponentTitledAfterTheEntry)
 {
+    startCounting();
     toolbar.itemAction(QStringLiteral("Box"))->trigger();
     ASSERT_EQ(composition->componentArray().size(), 1u);
-    EXPECT_EQ(composition->componentArray().front()->title(), QStringLiteral("Box"));
+    const model::QuartzComponent* first = composition->componentArray().front();
+    EXPECT_EQ(first->title(), QStringLiteral("Box"));
+    // In the middle of what is shown; the next one 20 pixels on.
+    EXPECT_NEAR(first->drawingFrame().center().x(), view.visibleCentre().x(), 1.0);
+    EXPECT_NEAR(first->drawingFrame().center().y(), view.visibleCentre().y(), 1.0);
+    toolbar.itemAction(QStringLiteral("Box"))->trigger();
+    const model::QuartzComponent* second = composition->componentsSortedByZLevel().back();
+    EXPECT_EQ(second->drawingFrame().topLeft() - first->drawingFrame().topLeft(), QPointF(20, -20));
+    EXPECT_EQ(undoManager().undoCount(), 2u) << "each add, placing included, is one step";
 }
 
 TEST_F(ToolbarTest, AnImageEntryAsksForAFileAndShowsIt)
@@ -174,6 +183,15 @@ TEST_F(ToolbarTest, TheZoomButtonFollowsAndSetsTheZoom)
     zoom->setCurrentIndex(index);
     Q_EMIT zoom->activated(index);
     EXPECT_DOUBLE_EQ(view.zoomFactor(), 2.0);
+    // A zoom off the list shows as itself, and only one such item is kept.
+    const int listed = zoom->count();
+    view.setZoomMode(120);
+    EXPECT_EQ(zoom->currentText(), QStringLiteral("120%"));
+    view.setZoomMode(144);
+    EXPECT_EQ(zoom->currentText(), QStringLiteral("144%"));
+    EXPECT_EQ(zoom->count(), listed + 1);
+    view.setZoomMode(100);
+    EXPECT_EQ(zoom->count(), listed);
 }
 
 TEST_F(ToolbarTest, BackwardAndForwardRestackTheSelection)
