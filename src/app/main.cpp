@@ -16,6 +16,7 @@
 #include "document/CompositionDocument.h"
 #include "model/Composition.h"
 #include "preview/VLPreviewController.h"
+#include "widgets/ApplicationArtwork.h"
 
 #include <QApplication>
 #include <QCommandLineParser>
@@ -89,6 +90,9 @@ int main(int argc, char** argv)
     QApplication::setApplicationName(QStringLiteral("Velloran"));
     QApplication::setApplicationDisplayName(QStringLiteral("Velloran"));
     QApplication::setApplicationVersion(QStringLiteral(VELLORAN_VERSION));
+    // The desktop matches windows to the installed entry and its icon by this.
+    QApplication::setDesktopFileName(widgets::ApplicationArtwork::iconName());
+    QApplication::setWindowIcon(widgets::ApplicationArtwork::icon());
     app::applyEditorStyle(application);
 
     QCommandLineParser parser;
@@ -111,7 +115,7 @@ int main(int argc, char** argv)
     parser.addOption(time);
     parser.addOption(previewOption);
     parser.addOption(select);
-    parser.addPositionalArgument(QStringLiteral("file"), QStringLiteral("A .composition document to open."),
+    parser.addPositionalArgument(QStringLiteral("file"), QStringLiteral("A .composition document, or any file inside one, to open."),
                                  QStringLiteral("[FILE.composition...]"));
     parser.process(application);
 
