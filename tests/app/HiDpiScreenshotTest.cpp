@@ -36,7 +36,7 @@ protected:
     }
 
     // The window part of that object name, rendered at the scale factor.
-    QImage part(const QString& name, int scale)
+    QImage part(const QString& name, int scale, int expectedExit = 0)
     {
         const QString output = dir.filePath(QStringLiteral("%1-%2.png").arg(name).arg(scale));
         QProcess editor;
@@ -52,11 +52,13 @@ protected:
             editor.kill();
             editor.waitForFinished();
         }
-        EXPECT_EQ(editor.exitCode(), 0) << editor.readAllStandardError().toStdString();
+        errors = QString::fromLocal8Bit(editor.readAllStandardError());
+        EXPECT_EQ(editor.exitCode(), expectedExit) << errors.toStdString();
         return QImage(output).convertToFormat(QImage::Format_Grayscale8);
     }
 
     QTemporaryDir dir;
+    QString errors;
     const QString demo = QStringLiteral(VELLORAN_SOURCE_DIR "/resources/demo/Demo.composition");
 };
 
@@ -171,6 +173,12 @@ TEST_F(HiDpiScreenshotTest, IconsAreDrawnAtTheScreensDensity)
     const QRect icon2(0, 0, doubled.width(), doubled.height() * 6 / 10);
     EXPECT_GT(finerThanBlocks(doubled, icon2), 0.15) << "not a 1× picture doubled";
     EXPECT_GT(steepestSteps(doubled, icon2), 0.7 * steepestSteps(single, icon1)) << "edges as steep as at 1×, not smoothed";
+}
+
+TEST_F(HiDpiScreenshotTest, APartTheWindowDoesNotHaveIsRefusedByName)
+{
+    EXPECT_TRUE(part(QStringLiteral("NoSuchPart"), 1, 1).isNull());
+    EXPECT_TRUE(errors.contains(QStringLiteral("no part named \"NoSuchPart\""))) << errors.toStdString();
 }
 
 }  // namespace

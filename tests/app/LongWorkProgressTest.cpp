@@ -1,13 +1,14 @@
 // Long work in a window shows a window-modal progress dialog: a large
 // Photoshop file's reading and layer import (both can be cancelled, and a
-// cancel leaves the document as it was, with no undo step) and a save (which
-// cannot be cancelled). The dialog is asked to show at once here, so that a
-// test of a few hundred milliseconds sees it.
+// cancel leaves the document as it was, with no undo step), a save (which
+// cannot be cancelled) and the text check. The dialog is asked to show at
+// once here, so that a test of a few hundred milliseconds sees it.
 
 #include "AppFixture.h"
 
 #include "../psd/PsdTestBuilder.h"
 
+#include "app/TextCheckDialog.h"
 #include "canvas/CompositionView.h"
 #include "document/CompositionDocument.h"
 #include "model/Composition.h"
@@ -150,4 +151,27 @@ TEST_F(LongWorkProgressTest, ASaveShowsProgressButCannotBeCancelled)
     EXPECT_FALSE(hadCancelButton);
     EXPECT_TRUE(QFile::exists(package + QStringLiteral("/data.xml")));
     EXPECT_TRUE(QFile::exists(package + QStringLiteral("/QuickLook/Thumbnail.jpg"))) << "pressing Esc did not stop it";
+}
+
+TEST_F(LongWorkProgressTest, TheTextCheckCanBeCancelledAndThenShowsNoResults)
+{
+    for (int i = 0; i < 3; ++i)
+        window->document()->composition()->addComponenWithQuartzCompositionFile(
+            model::StandardComponents::pathForComponent(QStringLiteral("Text")));
+    QAction* check = window->findChild<QAction*>(QStringLiteral("checkTextFields"));
+    ASSERT_NE(check, nullptr);
+    const auto results = [this] { return window->findChild<QDialog*>(app::TextCheckDialog::objectNameForTests()); };
+
+    cancelWhen = [](QProgressDialog&) { return true; };
+    check->trigger();
+    EXPECT_TRUE(seen);
+    EXPECT_TRUE(hadCancelButton);
+    EXPECT_EQ(results(), nullptr);
+
+    cancelWhen = {};
+    seen = false;
+    check->trigger();
+    EXPECT_TRUE(seen);
+    ASSERT_NE(results(), nullptr) << "checked to the end";
+    results()->close();
 }
