@@ -118,20 +118,27 @@ TickRow bestTickRow(const QImage& image)
     return best;
 }
 
-// The share of 2 × 2 blocks (on even coordinates) that are not one colour,
-// of those that are not plain ground.
+// The share of 2 × 2 blocks that are not one colour, of those that are not
+// plain ground, on the grid of blocks where it is lowest: a 1× picture
+// doubled is all plain blocks on one of them.
 double finerThanBlocks(const QImage& image, const QRect& area)
 {
-    int drawn = 0, detailed = 0;
     const int ground = grey(image, area.left(), area.top());
-    for (int y = area.top(); y + 1 <= area.bottom(); y += 2)
-        for (int x = area.left(); x + 1 <= area.right(); x += 2) {
-            const int a = grey(image, x, y), b = grey(image, x + 1, y), c = grey(image, x, y + 1), d = grey(image, x + 1, y + 1);
-            if (a == ground && b == ground && c == ground && d == ground) continue;
-            ++drawn;
-            if (std::max({a, b, c, d}) - std::min({a, b, c, d}) > 8) ++detailed;
+    double lowest = 1.0;
+    for (int dy : {0, 1})
+        for (int dx : {0, 1}) {
+            int drawn = 0, detailed = 0;
+            for (int y = area.top() + dy; y + 1 <= area.bottom(); y += 2)
+                for (int x = area.left() + dx; x + 1 <= area.right(); x += 2) {
+                    const int a = grey(image, x, y), b = grey(image, x + 1, y), c = grey(image, x, y + 1),
+                              d = grey(image, x + 1, y + 1);
+                    if (a == ground && b == ground && c == ground && d == ground) continue;
+                    ++drawn;
+                    if (std::max({a, b, c, d}) - std::min({a, b, c, d}) > 8) ++detailed;
+                }
+            lowest = std::min(lowest, drawn == 0 ? 0.0 : double(detailed) / drawn);
         }
-    return drawn == 0 ? 0.0 : double(detailed) / drawn;
+    return lowest;
 }
 
 // The steepest step between neighbours, averaged over the rows.
