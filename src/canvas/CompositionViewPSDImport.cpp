@@ -16,7 +16,6 @@
 #include "widgets/WorkProgressDialog.h"
 
 #include <QFileInfo>
-
 #include <QLoggingCategory>
 
 namespace canvas {
