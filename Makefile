@@ -6,6 +6,8 @@ TEST_LABELS ?=
 # Build only these targets (default: everything).
 BUILD_TARGETS ?=
 JOBS ?= $(shell nproc)
+# Where `make install` puts the programs, icons and desktop files.
+PREFIX ?= /usr/local
 
 ifeq ($(SANITIZE),1)
 BUILD_DIR ?= build-sanitize
@@ -19,7 +21,7 @@ CMAKE_FLAGS = -G Ninja -DCMAKE_BUILD_TYPE=$(BUILD_TYPE) \
 
 CTEST_ARGS = --output-on-failure -j $(JOBS) $(if $(TEST_LABELS),-L '$(TEST_LABELS)',)
 
-.PHONY: deps configure build run test bench clean fuzz
+.PHONY: deps configure build run test bench clean fuzz install
 
 deps:
 	@bash scripts/install-deps.sh
@@ -37,6 +39,9 @@ run: build
 
 test: build
 	@cd $(BUILD_DIR) && QT_QPA_PLATFORM=offscreen ctest $(CTEST_ARGS)
+
+install: build
+	@cmake --install $(BUILD_DIR) --prefix $(PREFIX)
 
 bench: deps
 	@cmake -S . -B build-bench $(subst RelWithDebInfo,Release,$(CMAKE_FLAGS)) -DCMAKE_BUILD_TYPE=Release >/dev/null

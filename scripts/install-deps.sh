@@ -5,12 +5,13 @@ set -euo pipefail
 
 packages=(
   cmake ninja-build g++ clang make pkg-config
-  qt6-base-dev qt6-base-dev-tools qt6-image-formats-plugins qt6-declarative-dev
+  qt6-base-dev qt6-base-dev-tools qt6-image-formats-plugins qt6-declarative-dev qt6-svg-dev
   libqt6opengl6-dev libgl-dev zlib1g-dev libtiff-dev libdeflate-dev
   libgtest-dev libgmock-dev libbenchmark-dev libclang-rt-dev
   libavcodec-dev libavformat-dev libavutil-dev libswscale-dev
   xvfb xauth fonts-dejavu-core fonts-liberation2
   python3 python3-jsonschema
+  desktop-file-utils appstream shared-mime-info
 )
 
 missing=()

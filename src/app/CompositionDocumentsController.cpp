@@ -5,6 +5,7 @@
 #include "app/VideoModeItems.h"
 #include "document/CompositionDocument.h"
 #include "document/DocumentJournal.h"
+#include "document/PackageLocation.h"
 #include "model/VideoModeCatalogue.h"
 #include "model/VideoResolution.h"
 
@@ -85,10 +86,10 @@ VLWindowController* CompositionDocumentsController::newDocumentWithMode(const QS
 
 VLWindowController* CompositionDocumentsController::openDocument(const QString& chosen, QWidget* parent, QString* error)
 {
-    // A package is a folder; picking the store inside it means the package.
-    QString path = QFileInfo(chosen).absoluteFilePath();
-    if (QFileInfo(path).fileName() == document::CompositionDocument::storeFileName())
-        path = QFileInfo(path).absolutePath();
+    // A package is a folder; any file inside it (the store, the info file a
+    // file manager hands over) means the package.
+    QString path = document::packageContainingPath(chosen);
+    if (path.isEmpty()) path = QFileInfo(chosen).absoluteFilePath();
     for (VLWindowController* window : windows()) {
         if (!window->document()->fileURL().isEmpty() && QFileInfo(window->document()->fileURL()) == QFileInfo(path)) {
             window->raise();

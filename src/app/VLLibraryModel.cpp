@@ -129,20 +129,26 @@ QIcon VLLibraryModel::thumbnail(const Entry& entry) const
     QString source;
     if (entry.type == QLatin1String("png") || entry.type == QLatin1String("jpg")) source = entry.path;
     if (entry.type == QLatin1String("composition")) source = entry.path + QStringLiteral("/QuickLook/Thumbnail.jpg");
+    // Read and drawn at the screen's pixel density, so that a thumbnail is
+    // as sharp as the text beside it.
+    const qreal ratio = qGuiApp->devicePixelRatio();
+    const QSize pixels = (QSizeF(kThumbnailSize) * ratio).toSize();
     QImage image;
     if (!source.isEmpty()) {
         QImageReader reader(source);
         const QSize size = reader.size();
-        if (size.isValid()) reader.setScaledSize(size.scaled(kThumbnailSize, Qt::KeepAspectRatio));
+        if (size.isValid()) reader.setScaledSize(size.scaled(pixels, Qt::KeepAspectRatio));
         image = reader.read();
+        image.setDevicePixelRatio(ratio);
     }
-    QPixmap picture(kThumbnailSize);
+    QPixmap picture(pixels);
+    picture.setDevicePixelRatio(ratio);
     picture.fill(Qt::transparent);
     QPainter painter(&picture);
     if (image.isNull()) {
         drawTypeCard(painter, entry.type);
     } else {
-        const QSize fitted = image.size().scaled(kThumbnailSize, Qt::KeepAspectRatio);
+        const QSize fitted = image.deviceIndependentSize().toSize().scaled(kThumbnailSize, Qt::KeepAspectRatio);
         const QRect place(QPoint((kThumbnailSize.width() - fitted.width()) / 2, (kThumbnailSize.height() - fitted.height()) / 2),
                           fitted);
         painter.setRenderHint(QPainter::SmoothPixmapTransform);

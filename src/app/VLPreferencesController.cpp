@@ -14,6 +14,7 @@
 #include <QFileDialog>
 #include <QFontDialog>
 #include <QFormLayout>
+#include <QGuiApplication>
 #include <QGroupBox>
 #include <QHBoxLayout>
 #include <QHideEvent>
@@ -33,7 +34,10 @@ namespace {
 
 QIcon swatch(const QColor& colour)
 {
-    QPixmap pixmap(28, 14);
+    // At the screen's density, so the frame stays one pixel thin.
+    const qreal ratio = qGuiApp->devicePixelRatio();
+    QPixmap pixmap((QSizeF(28, 14) * ratio).toSize());
+    pixmap.setDevicePixelRatio(ratio);
     pixmap.fill(Qt::transparent);
     QPainter painter(&pixmap);
     painter.setPen(QPen(Qt::gray, 1));

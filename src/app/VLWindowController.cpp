@@ -18,6 +18,7 @@
 #include "model/Timecode.h"
 #include "inspector/VLInspectorController.h"
 #include "timeline/TimelinePanel.h"
+#include "widgets/WorkProgressDialog.h"
 
 #include <QAction>
 #include <QCloseEvent>
@@ -174,7 +175,8 @@ bool VLWindowController::saveDocument()
 {
     if (document_->fileURL().isEmpty()) return saveDocumentAs();
     QString error;
-    if (!document_->save(&error)) {
+    widgets::WorkProgressDialog progress(this, tr("Saving “%1”…").arg(displayName()), false);
+    if (!document_->save(&error, progress.callback())) {
         showError(tr("The document “%1” could not be saved.").arg(displayName()), error);
         return false;
     }
@@ -193,7 +195,8 @@ bool VLWindowController::saveDocumentTo(const QString& chosen)
     const QString suffix = QStringLiteral(".") + document::CompositionDocument::packageExtension();
     if (!path.endsWith(suffix)) path += suffix;
     QString error;
-    if (!document_->saveAs(path, &error)) {
+    widgets::WorkProgressDialog progress(this, tr("Saving “%1”…").arg(QFileInfo(path).completeBaseName()), false);
+    if (!document_->saveAs(path, &error, progress.callback())) {
         showError(tr("The document “%1” could not be saved.").arg(displayName()), error);
         return false;
     }
@@ -216,7 +219,9 @@ void VLWindowController::revertDocumentToSaved()
 bool VLWindowController::exportDocumentTo(const QString& path)
 {
     if (path.isEmpty()) return false;
-    if (!document::CompositionExport::exportToPath(*document_->composition(), path, false, &document::exportKeyFactory)) {
+    widgets::WorkProgressDialog progress(this, tr("Exporting “%1”…").arg(QFileInfo(path).fileName()), false);
+    if (!document::CompositionExport::exportToPath(*document_->composition(), path, false, &document::exportKeyFactory,
+                                                   progress.callback())) {
         showError(tr("The composition could not be exported."),
                   tr("Writing “%1” failed, or a standard component it needs is missing.").arg(QDir::toNativeSeparators(path)));
         return false;

@@ -10,6 +10,7 @@
 #include "canvas/VLMainToolbar.h"
 #include "canvas/VLZoomScrollView.h"
 #include "widgets/ToolbarArtwork.h"
+#include "widgets/WorkProgressDialog.h"
 #include "canvas/VLAlignmentController.h"
 #include "document/ComponentClipboard.h"
 #include "document/CompositionDocument.h"
@@ -196,7 +197,13 @@ void VLWindowController::buildCompositionMenu()
                [this] { commands_->togglePosterframe(); });
     menu->addSeparator();
     addCommand(menu, QStringLiteral("checkTextFields"), tr("Check Text Fields…"), {}, [this] {
-        auto* dialog = new TextCheckDialog(document::checkTextFields(*document_->composition()), this);
+        QList<document::TextCheckResult> results;
+        {
+            widgets::WorkProgressDialog progress(this, tr("Checking the text fields…"), true);
+            results = document::checkTextFields(*document_->composition(), {}, progress.callback());
+            if (progress.wasCancelled()) return;
+        }
+        auto* dialog = new TextCheckDialog(results, this);
         dialog->setAttribute(Qt::WA_DeleteOnClose);
         dialog->setWindowModality(Qt::WindowModal);
         dialog->show();

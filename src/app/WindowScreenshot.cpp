@@ -14,7 +14,7 @@
 
 namespace app {
 
-bool saveWindowScreenshot(QWidget* window, const QString& path, int timeoutMs)
+bool saveWindowScreenshot(QWidget* window, const QString& path, int timeoutMs, const QString& part)
 {
     if (!window) return false;
     window->show();
@@ -33,7 +33,9 @@ bool saveWindowScreenshot(QWidget* window, const QString& path, int timeoutMs)
     }
     // Rendering paints every widget afresh, so nothing depends on whether
     // the screen has been painted yet.
-    return window->grab().save(path, "PNG");
+    QWidget* shown = part.isEmpty() ? window : window->findChild<QWidget*>(part);
+    if (!shown) return false;
+    return shown->grab().save(path, "PNG");
 }
 
 bool selectComponentsWithTitles(model::Composition& composition, const QStringList& titles, QString* missing)

@@ -16,7 +16,10 @@ namespace app {
 // Shows the window, waits until it is on screen (at most `timeoutMs`) and
 // its layout has settled, then renders it into `path` as PNG. False when
 // the file could not be written.
-bool saveWindowScreenshot(QWidget* window, const QString& path, int timeoutMs = 10000);
+// With `part`, only the window's child of that object name is written (the
+// rulers, the timeline, a toolbar button), at the screen's pixel density;
+// false when the window has no such child.
+bool saveWindowScreenshot(QWidget* window, const QString& path, int timeoutMs = 10000, const QString& part = {});
 
 // Selects exactly the components whose title is one of `titles` (every
 // component of a title shared by several). False, with the first title no

@@ -1,9 +1,9 @@
 // velloran [FILE.composition...]: the editor. Opens the given documents, or
 // a new one at the preferred video mode.
-// velloran --screenshot OUT.png [--time SECONDS] [--select TITLE]... [FILE.composition]:
-// renders the first window once into OUT.png and quits without saving; the
-// components with the given titles are selected first, so that the
-// inspector shows them.
+// velloran --screenshot OUT.png [--time SECONDS] [--select TITLE]... [--part NAME] [FILE.composition]:
+// renders the first window (or only its part of that object name) once into
+// OUT.png and quits without saving; the components with the given titles
+// are selected first, so that the inspector shows them.
 // velloran --preview FILE.composition [--screenshot OUT.png [--time SECONDS]]:
 // opens the document's preview; with --screenshot, plays it to SECONDS
 // (released at every stop frame on the way), renders the preview window
@@ -16,6 +16,7 @@
 #include "document/CompositionDocument.h"
 #include "model/Composition.h"
 #include "preview/VLPreviewController.h"
+#include "widgets/ApplicationArtwork.h"
 
 #include <QApplication>
 #include <QCommandLineParser>
@@ -37,7 +38,7 @@ void closeWithoutSaving(app::CompositionDocumentsController& controller)
 }
 
 int takeScreenshot(app::CompositionDocumentsController& controller, const QStringList& paths, const QString& output,
-                   const QString& time, bool previewed, const QStringList& titles)
+                   const QString& time, bool previewed, const QStringList& titles, const QString& part)
 {
     bool validTime = true;
     const double seconds = time.isEmpty() ? 0.0 : time.toDouble(&validTime);
@@ -73,9 +74,12 @@ int takeScreenshot(app::CompositionDocumentsController& controller, const QStrin
         shown->close();
     } else {
         if (!time.isEmpty()) window->document()->composition()->setEditorTimepoint(seconds);
-        saved = app::saveWindowScreenshot(window, output);
+        saved = app::saveWindowScreenshot(window, output, 10000, part);
     }
-    if (!saved) std::fprintf(stderr, "velloran: could not write %s\n", qPrintable(output));
+    if (!saved && !part.isEmpty() && !window->findChild<QWidget*>(part))
+        std::fprintf(stderr, "velloran: --part: the window has no part named \"%s\"\n", qPrintable(part));
+    else if (!saved)
+        std::fprintf(stderr, "velloran: could not write %s\n", qPrintable(output));
     closeWithoutSaving(controller);
     return saved ? 0 : 1;
 }
@@ -89,6 +93,9 @@ int main(int argc, char** argv)
     QApplication::setApplicationName(QStringLiteral("Velloran"));
     QApplication::setApplicationDisplayName(QStringLiteral("Velloran"));
     QApplication::setApplicationVersion(QStringLiteral(VELLORAN_VERSION));
+    // The desktop matches windows to the installed entry and its icon by this.
+    QApplication::setDesktopFileName(widgets::ApplicationArtwork::iconName());
+    QApplication::setWindowIcon(widgets::ApplicationArtwork::icon());
     app::applyEditorStyle(application);
 
     QCommandLineParser parser;
@@ -107,20 +114,25 @@ int main(int argc, char** argv)
     const QCommandLineOption select(QStringLiteral("select"),
                                     QStringLiteral("With --screenshot: select the components titled TITLE first (repeatable)."),
                                     QStringLiteral("TITLE"));
+    const QCommandLineOption partOption(QStringLiteral("part"),
+                                        QStringLiteral("With --screenshot: render only the window's part named NAME "
+                                                       "(HorizontalRuler, TimeRuler, a toolbar item, ...)."),
+                                        QStringLiteral("NAME"));
     parser.addOption(screenshot);
+    parser.addOption(partOption);
     parser.addOption(time);
     parser.addOption(previewOption);
     parser.addOption(select);
-    parser.addPositionalArgument(QStringLiteral("file"), QStringLiteral("A .composition document to open."),
+    parser.addPositionalArgument(QStringLiteral("file"), QStringLiteral("A .composition document, or any file inside one, to open."),
                                  QStringLiteral("[FILE.composition...]"));
     parser.process(application);
 
     app::CompositionDocumentsController controller;
     if (parser.isSet(screenshot))
         return takeScreenshot(controller, parser.positionalArguments(), parser.value(screenshot), parser.value(time),
-                              parser.isSet(previewOption), parser.values(select));
-    if (parser.isSet(time) || parser.isSet(select)) {
-        std::fprintf(stderr, "velloran: --time and --select only go with --screenshot\n");
+                              parser.isSet(previewOption), parser.values(select), parser.value(partOption));
+    if (parser.isSet(time) || parser.isSet(select) || parser.isSet(partOption)) {
+        std::fprintf(stderr, "velloran: --time, --select and --part only go with --screenshot\n");
         return 2;
     }
 

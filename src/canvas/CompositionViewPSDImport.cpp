@@ -13,7 +13,9 @@
 #include "model/Composition.h"
 #include "model/ObjectStore.h"
 #include "psd/PSDLayerImporter.h"
+#include "widgets/WorkProgressDialog.h"
 
+#include <QFileInfo>
 #include <QLoggingCategory>
 
 namespace canvas {
@@ -71,7 +73,17 @@ void CompositionView::importPSDFile(const QString& psdPath, const QString& qtzFi
     // The sheet and the import draw the layers; the stored composite is not needed.
     psd::DecodeOptions decoding;
     decoding.composite = false;
-    auto importer = psd::PSDLayerImporter::fromPath(psdPath, false, &error, decoding);
+    // A large file takes seconds: it decodes on a worker thread while a
+    // dialog shows how far it got, and Cancel drops it (nothing has changed).
+    std::optional<psd::PSDLayerImporter> importer;
+    {
+        widgets::WorkProgressDialog progress(window(), tr("Reading “%1”…").arg(QFileInfo(psdPath).fileName()), true);
+        progress.runOnWorkerThread([&](const widgets::ProgressCallback& told) {
+            decoding.progress = [&told](int64_t done, int64_t total) { return told(done, total); };
+            importer = psd::PSDLayerImporter::fromPath(psdPath, false, &error, decoding);
+        });
+        if (progress.wasCancelled()) return;
+    }
     if (!importer) {
         qCWarning(lcPSDImport).noquote() << "Unable to create PSD Importer";
         qCDebug(lcPSDImport).noquote() << QString::fromStdString(error);
@@ -129,10 +141,15 @@ void CompositionView::psdImportSheetDidEnd(int returnCode, const QString& qtzFil
     model::Composition* c = composition();
     if (returnCode == kImportCode && c && psdImporter_) {
         model::UndoGroup group(document_->store().undoManager(), tr("Import Photoshop File"));
-        if (importPSDLayersAsSeperateComponents_)
-            document::importPSDLayers(*c, *psdImporter_, qtzFile);
-        else
+        if (importPSDLayersAsSeperateComponents_) {
+            widgets::WorkProgressDialog progress(window(), tr("Importing the layers of “%1”…").arg(psdImporter_->filename()),
+                                                 true);
+            document::importPSDLayers(*c, *psdImporter_, qtzFile, progress.callback());
+            // Cancelled: the layers already added go again, and no step is left.
+            if (progress.wasCancelled()) group.rollBack();
+        } else {
             document::importCombinedPSDImage(*c, *psdImporter_, qtzFile);
+        }
     }
     if (psdImportPanel_) psdImportPanel_->setImporter(nullptr);
     psdImporter_.reset();

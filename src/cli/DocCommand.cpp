@@ -5,6 +5,7 @@
 #include "cli/Command.h"
 #include "cli/DocEdits.h"
 #include "cli/DocJson.h"
+#include "cli/TerminalProgress.h"
 #include "document/ComponentDrop.h"
 #include "document/CompositionDocument.h"
 #include "document/CompositionExport.h"
@@ -64,7 +65,12 @@ std::unique_ptr<CompositionDocument> openDocument(const QString& path, Streams& 
 int save(CompositionDocument& document, Streams& io)
 {
     QString error;
-    if (!document.save(&error)) return failure(io, QStringLiteral("cannot save %1: %2").arg(document.fileURL(), error));
+    bool saved = false;
+    {
+        TerminalProgress progress(io.err, QStringLiteral("saving %1").arg(QFileInfo(document.fileURL()).fileName()));
+        saved = document.save(&error, progress.callback());
+    }
+    if (!saved) return failure(io, QStringLiteral("cannot save %1: %2").arg(document.fileURL(), error));
     return kSuccess;
 }
 
@@ -110,7 +116,11 @@ int runAdd(const QStringList& args, Streams& io)
     if (!document) return kFailure;
     for (const QString& path : args.mid(1))
         if (!QFileInfo(path).isFile()) return failure(io, QStringLiteral("no file %1").arg(path));
-    const document::DropResult result = document::addComponentsFromPaths(*document->composition(), args.mid(1));
+    document::DropResult result;
+    {
+        TerminalProgress progress(io.err, QStringLiteral("adding %1").arg(args.mid(1).join(QStringLiteral(", "))));
+        result = document::addComponentsFromPaths(*document->composition(), args.mid(1), false, {}, progress.callback());
+    }
     if (!result.warnings.isEmpty()) io.err << document::importWarningText(result.warnings) << "\n";
     if (!result.ok || result.componentsAdded == 0)
         return failure(io, QStringLiteral("no component could be made of %1").arg(args.mid(1).join(QStringLiteral(", "))));
@@ -134,9 +144,13 @@ int runExport(const QStringList& args, Streams& io)
     if (paths.size() != 2) return usage(io, QStringLiteral("doc export needs a document and an output file"));
     auto document = openDocument(paths[0], io);
     if (!document) return kFailure;
-    if (!document::CompositionExport::exportToPath(*document->composition(), paths[1], background,
-                                                    &document::CompositionExport::documentKey))
-        return failure(io, QStringLiteral("cannot export to %1").arg(paths[1]));
+    bool exported = false;
+    {
+        TerminalProgress progress(io.err, QStringLiteral("exporting %1").arg(QFileInfo(paths[1]).fileName()));
+        exported = document::CompositionExport::exportToPath(*document->composition(), paths[1], background,
+                                                             &document::CompositionExport::documentKey, progress.callback());
+    }
+    if (!exported) return failure(io, QStringLiteral("cannot export to %1").arg(paths[1]));
     return kSuccess;
 }
 
@@ -319,7 +333,12 @@ int runCheckText(const QStringList& args, Streams& io)
     if (!document) return kFailure;
     QJsonArray report;
     bool allFit = true;
-    for (const document::TextCheckResult& r : document::checkTextFields(*document->composition(), samples)) {
+    QList<document::TextCheckResult> results;
+    {
+        TerminalProgress progress(io.err, QStringLiteral("checking the text fields"));
+        results = document::checkTextFields(*document->composition(), samples, progress.callback());
+    }
+    for (const document::TextCheckResult& r : std::as_const(results)) {
         allFit = allFit && r.fits();
         report.append(QJsonObject{
             {QStringLiteral("field"), r.field},

@@ -9,6 +9,8 @@
 #include <QImageReader>
 #include <QLoggingCategory>
 
+#include <algorithm>
+
 namespace document {
 
 Q_DECLARE_LOGGING_CATEGORY(lcDocument)
@@ -26,12 +28,15 @@ QString importWarningText(const QStringList& warnings)
 }
 
 int importPSDLayers(model::Composition& composition, const psd::PSDLayerImporter& importer,
-                    const QString& componentFile)
+                    const QString& componentFile, const WorkProgress& progress)
 {
     int added = 0;
     const auto& layers = importer.layers();
+    const qint64 total = std::count_if(layers.begin(), layers.end(), [](const psd::PSDLayer& l) { return l.visible(); });
+    qint64 done = 0;
     for (auto it = layers.rbegin(); it != layers.rend(); ++it) {
         if (!it->visible()) continue;
+        if (!reportProgress(progress, done++, total)) break;
         model::QuartzComponent* c =
             composition.addComponenWithQuartzCompositionFile(componentFile, {{QStringLiteral("Image"), it->image()}});
         if (!c) continue;
@@ -59,7 +64,7 @@ model::QuartzComponent* importCombinedPSDImage(model::Composition& composition,
 }
 
 DropResult addComponentsFromPaths(model::Composition& composition, const QStringList& paths, bool commandKeyPressed,
-                                  const PSDImportHandler& psdImport)
+                                  const PSDImportHandler& psdImport, const WorkProgress& progress)
 {
     DropResult result;
     const QString imageComponent = model::StandardComponents::pathForComponent(QStringLiteral("ImageComponent"));
@@ -88,6 +93,7 @@ DropResult addComponentsFromPaths(model::Composition& composition, const QString
             psd::DecodeOptions decoding;
             decoding.composite = commandKeyPressed;
             decoding.layerPixels = !commandKeyPressed;
+            if (progress) decoding.progress = [&progress](int64_t done, int64_t total) { return progress(done, total); };
             auto importer = psd::PSDLayerImporter::fromPath(path, false, &error, decoding);
             if (!importer) {
                 qCWarning(lcDocument) << "Unable to create PSD Importer" << QString::fromStdString(error);
@@ -95,7 +101,7 @@ DropResult addComponentsFromPaths(model::Composition& composition, const QString
             }
             if (!commandKeyPressed) {
                 if (!imageComponent.isEmpty())
-                    result.componentsAdded += importPSDLayers(composition, *importer, imageComponent);
+                    result.componentsAdded += importPSDLayers(composition, *importer, imageComponent, progress);
                 continue;
             }
             image = importer->mergedImage();  // the flattened picture Photoshop stored

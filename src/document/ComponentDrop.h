@@ -3,6 +3,8 @@
 // becomes its own component, an image an image component, a Photoshop file
 // one image component per visible layer.
 
+#include "document/WorkProgress.h"
+
 #include <QString>
 #include <QStringList>
 
@@ -31,13 +33,18 @@ using PSDImportHandler = std::function<void(const QString& psdPath, const QStrin
 
 // `commandKeyPressed`: a Photoshop file becomes one flat image instead of
 // layers, and is never handed to `psdImport`.
+// `progress` follows the reading and the import of a Photoshop file; it may
+// be told from the decoding threads, one call at a time.
 DropResult addComponentsFromPaths(model::Composition& composition, const QStringList& paths,
-                                  bool commandKeyPressed = false, const PSDImportHandler& psdImport = {});
+                                  bool commandKeyPressed = false, const PSDImportHandler& psdImport = {},
+                                  const WorkProgress& progress = {});
 
 // One image component per visible layer, bottom layer first so that the
 // stacking is kept; each at its layer's place, named "<layer> - <file>".
+// `progress` is told the layers done before each one and may stop the
+// import between layers (what was added stays; the caller rolls it back).
 int importPSDLayers(model::Composition& composition, const psd::PSDLayerImporter& importer,
-                    const QString& componentFile);
+                    const QString& componentFile, const WorkProgress& progress = {});
 
 // One image component of the visible layers flattened, titled with the file
 // name, its lower-left corner on the canvas's; null when the component file

@@ -199,6 +199,7 @@ bool CompositionDocument::writeSafelyToURL(const QString& packagePath, SaveOpera
     saveTimings_ = {};
     QElapsedTimer clock;
     clock.start();
+    reportProgress(saveProgress_, 0, kSaveParts);
     const bool stored = PersistentPackageDocument::writeSafelyToURL(packagePath, operation, &reason);
     saveTimings_.storeMs = double(clock.nsecsElapsed()) / 1e6;
     if (!stored) {
@@ -239,6 +240,7 @@ void CompositionDocument::writePackageExtras(const QString& packagePath)
     writeInfoFile(composition_->compositionInfo(), package.filePath(infoFileName()));
     writeFieldSchema(*composition_, QFileInfo(packagePath).completeBaseName(), package.filePath(fieldSchemaFileName()));
     copyPendingResources();
+    reportProgress(saveProgress_, 1, kSaveParts);
     const QString previewFile = previewPath();
     const auto preview = CompositionExport::exportedComposition(*composition_, true, &CompositionExport::documentKey);
     const bool exported =
@@ -249,6 +251,7 @@ void CompositionDocument::writePackageExtras(const QString& packagePath)
     clock.restart();
     // A failed export costs only the thumbnail; the store is saved.
     if (!exported) return;
+    reportProgress(saveProgress_, 2, kSaveParts);
     QImage picture;
     // The preview's tree as written, played without reading the file back.
     const std::shared_ptr<const runtime::Composition> played =
@@ -261,6 +264,7 @@ void CompositionDocument::writePackageExtras(const QString& packagePath)
     writeThumbnail(picture, package.filePath(thumbnailPath()));
     saveTimings_.thumbnailMs = double(clock.nsecsElapsed()) / 1e6;
     clock.restart();
+    reportProgress(saveProgress_, 3, kSaveParts);
     writeStepPictures(played, QDir(package.filePath(QStringLiteral("QuickLook"))), QUrl::fromLocalFile(packagePath));
     saveTimings_.stepPicturesMs = double(clock.nsecsElapsed()) / 1e6;
     qCInfo(lcDocument, "Saved in %.0f ms: store %.0f ms, export %.0f ms, thumbnail %.0f ms",
@@ -280,18 +284,39 @@ void CompositionDocument::writeStepPictures(std::shared_ptr<const runtime::Compo
         if (name.mid(5, name.size() - 9).toInt() > pictures.size()) quickLook.remove(name);
 }
 
-bool CompositionDocument::save(QString* error)
+namespace {
+
+// Hands the save's progress to the document for as long as the save runs.
+class SaveProgressScope {
+public:
+    SaveProgressScope(WorkProgress& slot, const WorkProgress& progress) : slot_(slot) { slot_ = progress; }
+    ~SaveProgressScope() { slot_ = {}; }
+    SaveProgressScope(const SaveProgressScope&) = delete;
+    SaveProgressScope& operator=(const SaveProgressScope&) = delete;
+
+private:
+    WorkProgress& slot_;
+};
+
+}  // namespace
+
+bool CompositionDocument::save(QString* error, const WorkProgress& progress)
 {
     if (fileURL().isEmpty()) {
         if (error) *error = QStringLiteral("The document has never been saved; choose a location first.");
         return false;
     }
-    return writeSafelyToURL(fileURL(), SaveOperation::Save, error);
+    SaveProgressScope scope(saveProgress_, progress);
+    const bool saved = writeSafelyToURL(fileURL(), SaveOperation::Save, error);
+    if (saved) reportProgress(progress, kSaveParts, kSaveParts);
+    return saved;
 }
 
-bool CompositionDocument::saveAs(const QString& packagePath, QString* error)
+bool CompositionDocument::saveAs(const QString& packagePath, QString* error, const WorkProgress& progress)
 {
+    SaveProgressScope scope(saveProgress_, progress);
     if (!writeSafelyToURL(packagePath, SaveOperation::SaveAs, error)) return false;
+    reportProgress(progress, kSaveParts, kSaveParts);
     setFileURL(packagePath);
     return true;
 }

@@ -5,6 +5,7 @@
 
 #include "document/DocumentJournal.h"
 #include "document/PersistentPackageDocument.h"
+#include "document/WorkProgress.h"
 
 #include <QImage>
 #include <QList>
@@ -65,8 +66,12 @@ public:
     bool canCloseDocument();
 
     // What the editor's Save and Save As do: write, then take the location.
-    bool save(QString* error);
-    bool saveAs(const QString& packagePath, QString* error);
+    // `progress` is told each part of the save as it starts (the store, the
+    // export, the thumbnail, the step pictures); a save cannot be stopped,
+    // so its answer is ignored.
+    bool save(QString* error, const WorkProgress& progress = {});
+    bool saveAs(const QString& packagePath, QString* error, const WorkProgress& progress = {});
+    static constexpr int kSaveParts = 4;
 
     // Copies the next save makes into the package: {"source", "dest"}.
     QList<QVariantMap>& pendingResources() { return pendingResources_; }
@@ -102,6 +107,7 @@ private:
     model::Composition* composition_ = nullptr;
     QList<QVariantMap> pendingResources_;
     SaveTimings saveTimings_;
+    WorkProgress saveProgress_;  // only while save or saveAs runs
     std::unique_ptr<DocumentJournal> journal_;
 };
 

@@ -81,20 +81,24 @@ QString CompositionExport::stringByTrimmingInvalidKeyCharacters(const QString& s
 }
 
 bool CompositionExport::exportToPath(const model::Composition& composition, const QString& path,
-                                     bool includeBackground, const KeyFactory& keyFactory)
+                                     bool includeBackground, const KeyFactory& keyFactory,
+                                     const WorkProgress& progress)
 {
-    const auto output = exportedComposition(composition, includeBackground, keyFactory);
+    const auto output = exportedComposition(composition, includeBackground, keyFactory, progress);
     if (!output) return false;
     if (!output->writeToFile(path, true)) {
         qCCritical(lcExport) << "Unable to write output file!";
         return false;
     }
+    const qint64 steps = qint64(composition.componentArray().size()) + 1;
+    reportProgress(progress, steps, steps);
     return true;
 }
 
 std::unique_ptr<QuartzComposition> CompositionExport::exportedComposition(const model::Composition& composition,
                                                                           bool includeBackground,
-                                                                          const KeyFactory& keyFactory)
+                                                                          const KeyFactory& keyFactory,
+                                                                          const WorkProgress& progress)
 {
     auto exported = std::make_unique<QuartzComposition>();
     QuartzComposition& output = *exported;
@@ -161,8 +165,13 @@ std::unique_ptr<QuartzComposition> CompositionExport::exportedComposition(const 
                             : QStringLiteral(" ");
     context.hasStopFrames = hasStopFrames;
     int index = 1;
-    for (const model::QuartzComponent* component : composition.componentsSortedByZLevel())
+    const auto components = composition.componentsSortedByZLevel();
+    // One step more for writing the file, which the caller reports.
+    const qint64 steps = qint64(components.size()) + 1;
+    for (const model::QuartzComponent* component : components) {
+        reportProgress(progress, index - 1, steps);
         exportComponent(context, *component, index++);
+    }
 
     if (includeBackground && model::Settings::value(model::Settings::kPreviewFPS).toBool())
         addStandardPatch(root, QStringLiteral("FPS"), QStringLiteral("Background"));

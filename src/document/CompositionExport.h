@@ -6,6 +6,8 @@
 // composition time and the stop-frame pauses. Editable attributes become the
 // file's published inputs.
 
+#include "document/WorkProgress.h"
+
 #include <QString>
 
 #include <functional>
@@ -29,12 +31,15 @@ class CompositionExport {
 public:
     // False when the standard "Renderer" file or one of its patches is
     // missing, or the file cannot be written.
+    // `progress` is told the components done (and the file written last);
+    // an export is not stopped half way, so its answer is ignored.
     static bool exportToPath(const model::Composition& composition, const QString& path, bool includeBackground,
-                             const KeyFactory& keyFactory);
+                             const KeyFactory& keyFactory, const WorkProgress& progress = {});
     // The graph exportToPath writes; null when the standard "Renderer"
     // file or one of its patches is missing.
     static std::unique_ptr<QuartzComposition> exportedComposition(const model::Composition& composition,
-                                                                  bool includeBackground, const KeyFactory& keyFactory);
+                                                                  bool includeBackground, const KeyFactory& keyFactory,
+                                                                  const WorkProgress& progress = {});
     // Title, separator and port key joined: the labels a document writes.
     static QString documentKey(const model::QuartzComponent& component, const QString& separator,
                                const QString& portKey);

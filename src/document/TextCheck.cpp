@@ -171,7 +171,7 @@ QRectF titleSafeArea(double width, double height)
 }
 
 QList<TextCheckResult> checkTextFields(const model::Composition& composition, const QStringList& samples,
-                                       const std::function<bool(int, int)>& progress)
+                                       const WorkProgress& progress)
 {
     struct Field {
         const model::QuartzComponent* component;

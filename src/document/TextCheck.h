@@ -6,13 +6,14 @@
 // title-safe area, how wide is it against the room it has, and did a glyph
 // have to come from another font than the one chosen.
 
+#include "document/WorkProgress.h"
+
 #include <QImage>
 #include <QList>
 #include <QRectF>
 #include <QString>
 #include <QStringList>
 
-#include <functional>
 
 namespace model {
 class Composition;
@@ -48,6 +49,6 @@ QRectF titleSafeArea(double width, double height);
 // `samples` empty: the default ones for each field. `progress` is told
 // (done, total) and may answer false to stop.
 QList<TextCheckResult> checkTextFields(const model::Composition& composition, const QStringList& samples = {},
-                                       const std::function<bool(int done, int total)>& progress = {});
+                                       const WorkProgress& progress = {});
 
 }  // namespace document

@@ -93,6 +93,7 @@ void UndoManager::registerUndoForWrite(const void* object, const QString& key, s
         const QPair<quintptr, QString> id(quintptr(object), key);
         if (written.contains(id)) return;  // the first old value stands
         written.insert(id);
+        openGroups_.back().firstWrites.append(id);
     }
     append({std::move(action), std::move(stillChanged)});
 }
@@ -158,6 +159,21 @@ void UndoManager::undo()
     undoing_ = false;
     Q_EMIT didUndo();
     Q_EMIT changed();
+}
+
+void UndoManager::rollBackOpenGroup()
+{
+    if (openGroups_.empty()) return;
+    Group& group = openGroups_.back();
+    std::vector<Action> actions = std::move(group.actions);
+    group.actions.clear();
+    // The keys count as unwritten again, so that a later write in an outer
+    // group still records the value they are back to.
+    for (const auto& id : std::as_const(group.firstWrites)) openGroups_.front().writtenKeys.remove(id);
+    group.firstWrites.clear();
+    disableUndoRegistration();
+    for (auto it = actions.rbegin(); it != actions.rend(); ++it) it->run();
+    enableUndoRegistration();
 }
 
 void UndoManager::redo()

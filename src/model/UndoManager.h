@@ -8,6 +8,7 @@
 // any group opens one that closes when control returns to the event loop, so
 // everything one user event changes is one step.
 
+#include <QList>
 #include <QObject>
 #include <QPair>
 #include <QSet>
@@ -54,6 +55,9 @@ public:
     bool canRedo() const { return !redoStack_.empty(); }
     void undo();
     void redo();
+    // Undoes what the innermost open group has recorded so far and forgets
+    // it, leaving no step: for work cancelled half way.
+    void rollBackOpenGroup();
     bool isUndoing() const { return undoing_; }
     bool isRedoing() const { return redoing_; }
     QString undoActionName() const;
@@ -81,6 +85,7 @@ private:
         QString name;
         std::vector<Action> actions;
         QSet<QPair<quintptr, QString>> writtenKeys;  // kept by the outermost open group
+        QList<QPair<quintptr, QString>> firstWrites;  // the keys first written in this group
         bool automatic = false;
     };
     void closeAutomaticGroup();
@@ -108,6 +113,7 @@ public:
         if (!name.isEmpty()) manager_.setActionName(name);
     }
     ~UndoGroup() { manager_.endUndoGrouping(); }
+    void rollBack() { manager_.rollBackOpenGroup(); }
     UndoGroup(const UndoGroup&) = delete;
     UndoGroup& operator=(const UndoGroup&) = delete;
 

@@ -3,12 +3,12 @@
 #include "document/CompositionDocument.h"
 #include "playout/MovieWriter.h"
 #include "playout/Player.h"
+#include "widgets/WorkProgressDialog.h"
 
 #include <QCoreApplication>
 #include <QFile>
 #include <QFileDialog>
 #include <QFileInfo>
-#include <QProgressDialog>
 #include <QTemporaryDir>
 
 namespace preview {
@@ -44,23 +44,16 @@ playout::RenderOutcome renderMovieWithProgress(QWidget* parent, const document::
     player.load(std::move(*played), playout::PlayerOptions{false, {}, true});
     const qint64 total = playout::PlayoutRender::frameCount(player, {});
 
-    QProgressDialog progress(QCoreApplication::translate("preview", "Rendering “%1”…").arg(QFileInfo(choice.path).fileName()),
-                             QCoreApplication::translate("preview", "Cancel"), 0, int(total), parent);
+    widgets::WorkProgressDialog progress(parent, QCoreApplication::translate("preview", "Rendering “%1”…")
+                                                     .arg(QFileInfo(choice.path).fileName()),
+                                         true);
     progress.setObjectName(QStringLiteral("RenderMovieProgress"));
-    progress.setWindowTitle(QCoreApplication::translate("preview", "Render Movie"));
-    progress.setWindowModality(Qt::WindowModal);
-    progress.setMinimumDuration(0);
-    progress.setValue(0);
 
     // Rendering stays on this thread, with the document's fonts and images;
     // the dialog's events run between frames, the encoder on its own thread.
     playout::MovieWriter movie(choice.path, choice.codec);
-    outcome = playout::PlayoutRender::run(player, {}, movie, [&](qint64 done, qint64) {
-        progress.setValue(int(done));
-        QCoreApplication::processEvents();
-        return !progress.wasCanceled();
-    });
-    progress.reset();
+    outcome = playout::PlayoutRender::run(player, {}, movie,
+                                          [&](qint64 done, qint64) { return progress.update(done, total); });
     if (!outcome.ok) QFile::remove(choice.path);
     return outcome;
 }

@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <memory>
+#include <mutex>
 
 namespace psd::detail {
 namespace {
@@ -169,7 +170,8 @@ bool planCompositeImage(const FileContext& file, int64_t begin, int width, int h
     return true;
 }
 
-bool decodeImages(const FileContext& file, const std::vector<ImagePlan>& plans, int threads, std::string* error)
+bool decodeImages(const FileContext& file, const std::vector<ImagePlan>& plans, int threads, std::string* error,
+                  const std::function<bool(int64_t done, int64_t total)>& progress)
 {
     qint64 pixels = 0;
     for (const ImagePlan& plan : plans) pixels += qint64(plan.width) * plan.height;
@@ -196,19 +198,30 @@ bool decodeImages(const FileContext& file, const std::vector<ImagePlan>& plans, 
             bands.push_back({int(i), int(qint64(plan.height) * b / count), int(qint64(plan.height) * (b + 1) / count)});
     }
 
+    int64_t rows = 0;
+    for (const Band& band : bands) rows += band.endRow - band.firstRow;
+    int64_t rowsDone = 0;
+    std::mutex progressMutex;
+    bool stopped = false;
     std::vector<std::string> errors(bands.size());
     runTasks(int(bands.size()), workers, [&](int task) {
         const Band& band = bands[size_t(task)];
         const ImagePlan& plan = plans[size_t(band.plan)];
         std::string& message = errors[size_t(task)];
-        if (decodeBand(file, plan, band, bits[size_t(band.plan)], bytesPerLine[size_t(band.plan)], &message))
-            return true;
+        if (decodeBand(file, plan, band, bits[size_t(band.plan)], bytesPerLine[size_t(band.plan)], &message)) {
+            if (!progress) return true;
+            std::lock_guard lock(progressMutex);
+            rowsDone += band.endRow - band.firstRow;
+            if (!stopped && !progress(rowsDone, rows)) stopped = true;
+            return !stopped;
+        }
         if (message.empty()) message = "cannot decode";
         if (!plan.who.empty() && message.rfind(plan.who, 0) != 0) message = plan.who + ": " + message;
         return false;
     });
     for (const std::string& message : errors)
         if (!message.empty()) return setError(error, message);
+    if (stopped) return setError(error, "cancelled");
     return true;
 }
 

@@ -10,6 +10,7 @@
 #include <QPoint>
 #include <QRect>
 
+#include <functional>
 #include <optional>
 #include <string>
 #include <vector>
@@ -57,6 +58,8 @@ bool planCompositeImage(const FileContext& file, int64_t begin, int width, int h
 // (0: one per core, a small document on the calling thread alone). The
 // result, and the error when several images are damaged, are the same for
 // any thread count: the first failure in plan order and row order.
-bool decodeImages(const FileContext& file, const std::vector<ImagePlan>& plans, int threads, std::string* error);
+// `progress` as in DecodeOptions.
+bool decodeImages(const FileContext& file, const std::vector<ImagePlan>& plans, int threads, std::string* error,
+                  const std::function<bool(int64_t done, int64_t total)>& progress = {});
 
 }  // namespace psd::detail

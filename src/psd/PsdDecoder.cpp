@@ -157,7 +157,7 @@ std::optional<Document> decode(QByteArrayView bytes, std::string* error, const D
             return failure(message);
         plans.push_back(std::move(plan));
     }
-    if (!decodeImages(file, plans, options.threads, &message)) return failure(message);
+    if (!decodeImages(file, plans, options.threads, &message, options.progress)) return failure(message);
     return doc;
 }
 

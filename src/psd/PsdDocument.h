@@ -14,6 +14,7 @@
 #include <QString>
 #include <QStringList>
 
+#include <functional>
 #include <optional>
 #include <string>
 #include <vector>
@@ -61,6 +62,10 @@ struct DecodeOptions {
     bool layerPixels = true;  // false: names, bounds and flags only
     bool composite = true;
     int threads = 0;  // 0: the cores' number (a small document on the calling thread alone); 1: the calling thread
+    // Told how many pixel rows of the images are decoded, of how many, from
+    // the decoding threads one call at a time; answering false stops the
+    // decode, which then fails with "cancelled".
+    std::function<bool(int64_t done, int64_t total)> progress;
 };
 
 // Never throws; bad input gives no value and an error naming what is wrong and where.

@@ -128,3 +128,42 @@ TEST_F(UndoMergeTest, WritesInSeparateGroupsStaySeparateSteps)
     store.undoManager().undo();
     EXPECT_EQ(c->originX(), 0.0);
 }
+
+// Work cancelled half way takes back what it did inside its group and
+// leaves no step; what the outer group did before stays, and a key written
+// again after the roll-back is recorded again.
+TEST_F(UndoMergeTest, RollingBackAGroupUndoesItsWorkAndLeavesNoStep)
+{
+    QuartzComponent* kept = addComponent(QStringLiteral("Kept"));
+    store.undoManager().removeAllActions();
+    store.processPendingChanges();
+    const QByteArray before = snapshot();
+    {
+        UndoGroup import(store.undoManager(), QStringLiteral("Import"));
+        addComponent(QStringLiteral("New 1"));
+        addComponent(QStringLiteral("New 2"));
+        kept->moveBy(40, 0);
+        import.rollBack();
+    }
+    store.processPendingChanges();
+    EXPECT_EQ(snapshot(), before);
+    EXPECT_EQ(composition->componentArray().size(), 1u);
+    EXPECT_FALSE(store.undoManager().canUndo());
+    EXPECT_FALSE(store.undoManager().canRedo());
+
+    {
+        UndoGroup outer(store.undoManager(), QStringLiteral("Outer"));
+        kept->moveBy(5, 0);
+        {
+            UndoGroup inner(store.undoManager());
+            addComponent(QStringLiteral("Dropped"));
+            kept->setTitle(QStringLiteral("Renamed"));
+            inner.rollBack();
+        }
+        kept->setTitle(QStringLiteral("Renamed later"));
+    }
+    EXPECT_EQ(composition->componentArray().size(), 1u);
+    EXPECT_EQ(kept->originX(), 5.0);
+    store.undoManager().undo();
+    EXPECT_EQ(snapshot(), before) << "the title written after the roll-back is undone too";
+}

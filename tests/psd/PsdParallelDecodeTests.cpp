@@ -5,6 +5,8 @@
 
 #include <gtest/gtest.h>
 
+#include <atomic>
+
 using namespace psdtest;
 
 namespace {
@@ -121,3 +123,36 @@ TEST(PsdParallelDecode, TheFirstDamagedRowIsReportedWhateverTheThreads)
 }
 
 }  // namespace
+
+// Progress counts rows up to the total whatever the threads, one call at a
+// time; a false answer stops the decode with a clear error.
+TEST(PsdDecodeProgress, RowsCountUpToTheTotalAndAFalseAnswerStops)
+{
+    const QByteArray file = build(largeDocument(Rle));
+    for (int threads : {1, 4}) {
+        psd::DecodeOptions options = onThreads(threads);
+        std::vector<std::pair<int64_t, int64_t>> calls;
+        std::atomic<int> inside{0};
+        bool overlapped = false;
+        options.progress = [&](int64_t done, int64_t total) {
+            overlapped = overlapped || inside.fetch_add(1) != 0;
+            calls.emplace_back(done, total);
+            inside.fetch_sub(1);
+            return true;
+        };
+        std::string error;
+        ASSERT_TRUE(psd::decode(file, &error, options)) << error;
+        ASSERT_FALSE(calls.empty());
+        EXPECT_FALSE(overlapped) << threads << " threads";
+        // Both layers and the composite: 1000 + 200 + 1000 rows.
+        EXPECT_EQ(calls.back(), std::make_pair(int64_t(2200), int64_t(2200))) << threads << " threads";
+        for (size_t i = 1; i < calls.size(); ++i) EXPECT_LT(calls[i - 1].first, calls[i].first);
+    }
+
+    psd::DecodeOptions stopping = onThreads(4);
+    int told = 0;
+    stopping.progress = [&](int64_t, int64_t) { return ++told < 2; };
+    std::string error;
+    EXPECT_FALSE(psd::decode(file, &error, stopping));
+    EXPECT_EQ(error, "cancelled");
+}
