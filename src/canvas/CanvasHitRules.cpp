@@ -1,6 +1,7 @@
 #include "canvas/CanvasHitRules.h"
 
 #include "canvas/CanvasSnapping.h"
+#include "model/HandleSides.h"
 
 #include <algorithm>
 #include <cmath>
@@ -8,17 +9,14 @@
 
 namespace canvas {
 
+using model::halfOpenContains;
+using model::onMaxXSide;
+using model::onMaxYSide;
+using model::onMinXSide;
+using model::onMinYSide;
+
 namespace {
 
-bool halfOpenContains(const QRectF& r, const QPointF& p)
-{
-    return p.x() >= r.left() && p.x() < r.right() && p.y() >= r.top() && p.y() < r.bottom();
-}
-
-bool onMinXSide(int h) { return h == 1 || h == 2 || h == 3; }
-bool onMaxXSide(int h) { return h == 6 || h == 7 || h == 8; }
-bool onMaxYSide(int h) { return h == 3 || h == 4 || h == 8; }
-bool onMinYSide(int h) { return h == 1 || h == 5 || h == 6; }
 
 // Whether an offset from an anchor lies in the handle's reach on one axis:
 // `outward` beyond the frame on the side the handle sits on, `inward` into

@@ -228,6 +228,14 @@ void VLMainToolbar::addToolbarComponent(const ToolbarComponentEntry& entry)
     view_->addPlacedComponents([&] { canvas::addToolbarComponent(*c, entry, chosen); });
 }
 
+void VLMainToolbar::prepareComponentFilePanel(QFileDialog& panel)
+{
+    panel.setWindowTitle(tr("Add Component File"));
+    panel.setOption(QFileDialog::DontUseNativeDialog);
+    panel.setDirectory(QDir(model::Settings::stringValue(model::Settings::kComponentsLibraryPath)));
+    panel.setNameFilter(tr("Quartz Composer Composition (*.qtz)"));
+}
+
 QString VLMainToolbar::chooseFile(const ToolbarComponentEntry& entry, QWidget* parent)
 {
     const bool movie = entry.type == QLatin1String("MOVIE_PATH");
@@ -235,10 +243,7 @@ QString VLMainToolbar::chooseFile(const ToolbarComponentEntry& entry, QWidget* p
     dialog.setFileMode(QFileDialog::ExistingFile);
     dialog.setLabelText(QFileDialog::Accept, tr("Choose"));
     if (!entry.asksForFile()) {
-        dialog.setWindowTitle(tr("Add Component File"));
-        dialog.setOption(QFileDialog::DontUseNativeDialog);
-        dialog.setDirectory(QDir(model::Settings::stringValue(model::Settings::kComponentsLibraryPath)));
-        dialog.setNameFilter(tr("Quartz Composer Composition (*.qtz)"));
+        prepareComponentFilePanel(dialog);
         if (dialog.exec() != QDialog::Accepted || dialog.selectedFiles().isEmpty()) return {};
         return dialog.selectedFiles().constFirst();
     }

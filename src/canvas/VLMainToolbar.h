@@ -11,6 +11,7 @@
 #include <functional>
 
 class QComboBox;
+class QFileDialog;
 
 namespace document {
 class DocumentCommands;
@@ -49,6 +50,9 @@ public:
     // chosen from the components library folder and added as it is.
     void addToolbarComponent(const ToolbarComponentEntry& entry);
     void addComponentFile() { addToolbarComponent(ToolbarComponentEntry{}); }
+    // The panel of Add Component File: composition files, opened in the
+    // components library folder.
+    static void prepareComponentFilePanel(QFileDialog& panel);
     // Align needs two selected components, distribute three.
     void updateActionButtons();
 

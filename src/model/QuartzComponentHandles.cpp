@@ -3,6 +3,7 @@
 // behaviour exactly, quirks included, because templates were made with it.
 
 #include "model/QuartzComponent.h"
+#include "model/HandleSides.h"
 
 #include <cmath>
 
@@ -10,16 +11,6 @@ namespace model {
 
 namespace {
 constexpr double kHandleSize = 8.0;
-
-bool halfOpenContains(const QRectF& r, const QPointF& p)
-{
-    return p.x() >= r.left() && p.x() < r.right() && p.y() >= r.top() && p.y() < r.bottom();
-}
-
-bool onMinXSide(int h) { return h == 1 || h == 2 || h == 3; }
-bool onMaxXSide(int h) { return h == 6 || h == 7 || h == 8; }
-bool onMaxYSide(int h) { return h == 3 || h == 4 || h == 8; }
-bool onMinYSide(int h) { return h == 1 || h == 5 || h == 6; }
 }  // namespace
 
 std::array<QRectF, 9> QuartzComponent::handleRects() const

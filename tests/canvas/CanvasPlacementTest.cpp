@@ -130,40 +130,28 @@ TEST_F(CanvasPlacementTest, AddComponentFileOpensTheComponentsLibraryAndAddsTheC
     EXPECT_EQ(add->shortcut(), QKeySequence(QStringLiteral("Ctrl+Shift+A")));
     undoManager().removeAllActions();
 
-    // The panel answers once it is up: it must open in the library folder.
-    QString openedIn, filter;
-    QTimer poll;
-    poll.setInterval(20);
-    bool choose = true;
-    QObject::connect(&poll, &QTimer::timeout, [&] {
-        for (QWidget* w : QApplication::topLevelWidgets()) {
-            auto* panel = qobject_cast<QFileDialog*>(w);
-            if (!panel || !panel->isVisible()) continue;
-            poll.stop();
-            openedIn = panel->directory().absolutePath();
-            filter = panel->selectedNameFilter();
-            if (choose) panel->selectFile(box);
-            QDialog* dialog = panel;  // accept() and reject() are public there
-            if (choose) dialog->accept();
-            else dialog->reject();
-            return;
-        }
+    // The panel opens in the library folder and shows composition files.
+    QFileDialog panel;
+    canvas::VLMainToolbar::prepareComponentFilePanel(panel);
+    EXPECT_EQ(panel.directory().absolutePath(), QDir(dir.path()).absolutePath());
+    EXPECT_TRUE(panel.selectedNameFilter().contains(QStringLiteral("*.qtz")));
+
+    // What is chosen there is added as it is, in the middle of the view, as one step.
+    QString chosen = box;
+    bool asked = false;
+    window->mainToolbar()->setFileChooser([&](const canvas::ToolbarComponentEntry&) {
+        asked = true;
+        return chosen;
     });
-    auto answerPanel = [&](bool chooseFile) {
-        choose = chooseFile;
-        poll.start();
-    };
-    answerPanel(true);
     add->trigger();
-    EXPECT_EQ(openedIn, QDir(dir.path()).absolutePath());
-    EXPECT_TRUE(filter.contains(QStringLiteral("*.qtz")));
+    EXPECT_TRUE(asked);
     ASSERT_EQ(composition()->componentArray().size(), 1u);
     const model::QuartzComponent* added = composition()->componentArray().front();
     EXPECT_EQ(added->compositionFilename(), box);
     EXPECT_NEAR(centreOf(added).x(), view()->visibleCentre().x(), 1.0);
     EXPECT_EQ(undoManager().undoCount(), 1u);
 
-    answerPanel(false);
+    chosen.clear();
     add->trigger();
     EXPECT_EQ(composition()->componentArray().size(), 1u) << "cancelling adds nothing";
 }
