@@ -1,7 +1,7 @@
 #pragma once
 // The drawing interface patches render through. The raster backend
-// implements it with QPainter; an OpenGL backend can implement the same
-// calls later without touching the patches.
+// implements it with QPainter, the OpenGL backend (gl/GlBackend.h) with
+// framebuffer objects; BackendFactory.h chooses between them.
 //
 // Geometry is in Quartz Composer units: the destination is 2 units wide
 // (x in −1…1), 2·h/w units high, origin at the centre, y up, z towards the
@@ -13,6 +13,7 @@
 #include <QMatrix4x4>
 #include <QRectF>
 #include <QSize>
+#include <QTransform>
 
 #include <memory>
 
@@ -45,6 +46,9 @@ public:
     virtual void drawQuad(const QuadDraw& quad) = 0;
     // The current content as an image value (shares pixels where it can).
     virtual Image snapshot() const = 0;
+    // Called when a frame is done: a target drawing over the caller's image
+    // elsewhere than in memory writes it back.
+    virtual void finish() {}
 
     // Units across the destination: 2 wide, 2·h/w high.
     double unitsWide() const { return 2.0; }
@@ -60,6 +64,10 @@ public:
     virtual ~Backend() = default;
     // An offscreen target for Render In Image, cleared to transparent.
     virtual std::unique_ptr<RenderTarget> makeTarget(QSize pixelSize) = 0;
+    // A target that draws over the caller's image; `view` maps destination
+    // units to destination units before the pixel mapping (a zoomed or
+    // panned canvas passes its transform).
+    virtual std::unique_ptr<RenderTarget> wrapImage(QImage* image, const QTransform& view = {}) = 0;
 };
 
 }  // namespace runtime

@@ -57,6 +57,7 @@ private:
 class RasterBackend : public Backend {
 public:
     std::unique_ptr<RenderTarget> makeTarget(QSize pixelSize) override;
+    std::unique_ptr<RenderTarget> wrapImage(QImage* image, const QTransform& view = {}) override { return wrap(image, view); }
     std::unique_ptr<RasterTarget> makeRasterTarget(QSize pixelSize);
     std::unique_ptr<RasterTarget> wrap(QImage* image, const QTransform& view = {});
 
