@@ -13,9 +13,12 @@
 #include <QMatrix4x4>
 #include <QRectF>
 #include <QSize>
+#include <QVector2D>
+#include <QVector3D>
 #include <QTransform>
 
 #include <memory>
+#include <vector>
 
 namespace runtime {
 
@@ -38,12 +41,36 @@ struct QuadDraw {
     bool antialias = true;
 };
 
+struct Lighting;
+
+// A triangle mesh: every three vertices make a triangle, counter-clockwise
+// seen from the front.
+struct MeshVertex {
+    QVector3D position;
+    QVector3D normal;
+    QVector2D texCoord;  // t = 0 at the image's top row
+};
+
+enum class Culling : std::uint8_t { None, Back, Front };
+
+struct MeshDraw {
+    QMatrix4x4 transform;  // local units → destination units
+    const std::vector<MeshVertex>* vertices = nullptr;
+    Image image;  // over the texture coordinates; null draws a flat colour
+    Color color = Color::white();
+    BlendMode blend = BlendMode::Over;
+    bool depthTest = true;  // against what earlier 3-D draws of the frame left
+    Culling culling = Culling::None;
+    const Lighting* lighting = nullptr;  // unlit when null
+};
+
 class RenderTarget {
 public:
     virtual ~RenderTarget() = default;
     virtual QSize pixelSize() const = 0;
     virtual void clear(const Color& color) = 0;
     virtual void drawQuad(const QuadDraw& quad) = 0;
+    virtual void drawMesh(const MeshDraw& mesh) = 0;
     // The current content as an image value (shares pixels where it can).
     virtual Image snapshot() const = 0;
     // Called when a frame is done: a target drawing over the caller's image

@@ -30,6 +30,7 @@ public:
     QSize pixelSize() const override { return size_; }
     void clear(const Color& color) override;
     void drawQuad(const QuadDraw& quad) override;
+    void drawMesh(const MeshDraw& mesh) override;  // GlMesh.cpp
     Image snapshot() const override;
     void finish() override;
 
@@ -38,9 +39,10 @@ public:
     // kEyeDistance on the z axis) with the view applied after it.
     const QMatrix4x4& projection() const { return projection_; }
 
-private:
     bool bind() const;
+    void forgetSnapshot() { snapshot_ = {}; }
 
+private:
     GlBackend& backend_;
     QSize size_;
     QImage* external_ = nullptr;

@@ -41,6 +41,70 @@ void main()
 }
 )";
 
+// Meshes: the same shading as Lighting.cpp, per pixel.
+const char* const kMeshVertexShader = R"(#version 120
+attribute vec3 position;
+attribute vec3 normal;
+attribute vec2 texCoord;
+uniform mat4 matrix;
+uniform mat4 modelView;
+uniform mat3 normalMatrix;
+varying vec2 uv;
+varying vec3 eyePosition;
+varying vec3 eyeNormal;
+void main()
+{
+    uv = texCoord;
+    eyePosition = (modelView * vec4(position, 1.0)).xyz;
+    eyeNormal = normalMatrix * normal;
+    gl_Position = matrix * vec4(position, 1.0);
+}
+)";
+
+const char* const kMeshFragmentShader = R"(#version 120
+uniform sampler2D image;
+uniform bool hasImage;
+uniform vec4 color;  // straight alpha
+uniform bool lit;
+uniform bool twoSided;
+uniform vec3 eye;
+uniform vec3 ambient;
+uniform float shininess;
+uniform float specular;
+uniform int lightCount;
+uniform vec3 lightPosition[4];
+uniform vec3 lightColor[4];
+uniform float lightAttenuation[4];
+varying vec2 uv;
+varying vec3 eyePosition;
+varying vec3 eyeNormal;
+void main()
+{
+    vec3 rgb = color.rgb;
+    if (lit) {
+        vec3 n = normalize(eyeNormal);
+        vec3 toEye = normalize(eye - eyePosition);
+        if (twoSided && dot(n, toEye) < 0.0) n = -n;
+        vec3 diffuse = ambient;
+        vec3 highlight = vec3(0.0);
+        for (int i = 0; i < 4; ++i) {
+            if (i >= lightCount) break;
+            vec3 toLight = lightPosition[i] - eyePosition;
+            vec3 l = normalize(toLight);
+            float fade = 1.0 / (1.0 + max(0.0, lightAttenuation[i]) * length(toLight));
+            float d = max(0.0, dot(n, l)) * fade;
+            diffuse += d * lightColor[i];
+            if (d > 0.0)
+                highlight += pow(max(0.0, dot(n, normalize(l + toEye))), max(1.0, shininess)) * specular * fade * lightColor[i];
+        }
+        rgb = clamp(rgb * min(diffuse, vec3(1.0)) + highlight, 0.0, 1.0);
+    }
+    vec4 pixel = vec4(rgb * color.a, color.a);
+    if (hasImage) pixel *= texture2D(image, uv);
+    gl_FragColor = pixel;
+}
+)";
+
 }  // namespace
 
 std::shared_ptr<GlContext> GlContext::forThisThread(QString* why)
@@ -98,13 +162,22 @@ bool GlContext::create(QString* why)
         *why = QStringLiteral("the quad program does not compile: %1").arg(quadProgram_->log());
         return false;
     }
+    meshProgram_ = std::make_unique<QOpenGLShaderProgram>();
+    if (!meshProgram_->addShaderFromSourceCode(QOpenGLShader::Vertex, kMeshVertexShader) ||
+        !meshProgram_->addShaderFromSourceCode(QOpenGLShader::Fragment, kMeshFragmentShader) || !meshProgram_->link()) {
+        *why = QStringLiteral("the mesh program does not compile: %1").arg(meshProgram_->log());
+        return false;
+    }
     return true;
 }
 
 GlContext::~GlContext()
 {
     // The program's objects are deleted with the context current.
-    if (makeCurrent()) quadProgram_.reset();
+    if (makeCurrent()) {
+        quadProgram_.reset();
+        meshProgram_.reset();
+    }
 }
 
 bool GlContext::makeCurrent()

@@ -30,6 +30,7 @@ public:
 
     // The program every quad is drawn with (see GlTarget.cpp).
     QOpenGLShaderProgram& quadProgram() { return *quadProgram_; }
+    QOpenGLShaderProgram& meshProgram() { return *meshProgram_; }
 
 private:
     GlContext() = default;
@@ -38,6 +39,7 @@ private:
     QOpenGLContext context_;
     QOffscreenSurface surface_;
     std::unique_ptr<QOpenGLShaderProgram> quadProgram_;
+    std::unique_ptr<QOpenGLShaderProgram> meshProgram_;
 };
 
 }  // namespace runtime

@@ -20,7 +20,8 @@ void registerStructurePatches(PatchRegistry& registry);  // Structure Member / C
 void registerPlugInPatches(PatchRegistry& registry);     // QCPlugInPatch: our two plug-ins
 void registerScriptPatches(PatchRegistry& registry);     // JavaScript
 void registerGeometryPatches(PatchRegistry& registry);   // Anchor Position
-void registerDevicePatches(PatchRegistry& registry);     // Mouse, Keyboard (no devices while rendering)
+void registerDevicePatches(PatchRegistry& registry);     // Mouse, Keyboard, Mouse Interaction (no devices while rendering)
+void registerThreeDPatches(PatchRegistry& registry);     // Track Ball, Lighting, Sphere, Cube
 
 inline void registerAllPatches(PatchRegistry& registry)
 {
@@ -40,6 +41,7 @@ inline void registerAllPatches(PatchRegistry& registry)
     registerScriptPatches(registry);
     registerGeometryPatches(registry);
     registerDevicePatches(registry);
+    registerThreeDPatches(registry);
 }
 
 template <class T>

@@ -1,0 +1,131 @@
+// Track Ball, Lighting, Sphere, Cube and Mouse Interaction. Built into the
+// raster test binary and the OpenGL one (tests/runtime/gl), so each case
+// holds on both backends; what only a depth buffer gives is checked where
+// the renderer draws with OpenGL.
+
+#include "CompositionBuilder.h"
+
+#include <gtest/gtest.h>
+
+using test::Node;
+
+namespace {
+
+constexpr QSize kSize(64, 48);  // 32 pixels per unit
+
+Node clearTo(double grey)
+{
+    return Node("QCClear", "Clear_1").input("inputColor", test::colorValue(grey, grey, grey));
+}
+
+Node sphere(const std::string& key, double r, double g, double b)
+{
+    Node n("QCSphere", key);
+    n.input("inputColor", test::colorValue(r, g, b)).input("inputScale", 1.0);
+    return n;
+}
+
+QImage draw(const Node& root, std::unique_ptr<runtime::Renderer>* keep = nullptr)
+{
+    auto renderer = std::make_unique<runtime::Renderer>(test::load(root), kSize);
+    renderer->render(0);
+    QImage image = renderer->snapshot().convertToFormat(QImage::Format_ARGB32);
+    if (keep) *keep = std::move(renderer);
+    return image;
+}
+
+TEST(ThreeDPatches, AnUnlitSphereIsADiscOfItsDiameter)
+{
+    Node r = test::root();
+    r.child(clearTo(0)).child(sphere("Sphere_1", 1, 0, 0));
+    const QImage image = draw(r);
+    // Diameter 1 unit = 32 px; its silhouette, nearer the eye than z = 0,
+    // is a little larger.
+    EXPECT_EQ(image.pixel(32, 24), qRgb(255, 0, 0));
+    EXPECT_EQ(image.pixel(32 + 14, 24), qRgb(255, 0, 0));
+    EXPECT_EQ(image.pixel(32, 24 - 14), qRgb(255, 0, 0));
+    EXPECT_EQ(image.pixel(32 + 20, 24), qRgb(0, 0, 0));
+    EXPECT_EQ(image.pixel(2, 2), qRgb(0, 0, 0));
+}
+
+TEST(ThreeDPatches, LightingShadesTheSideFacingTheLight)
+{
+    // One white light to the right: the right of the sphere is bright, the
+    // left only ambient; objects outside the Lighting patch stay unlit.
+    Node lighting("QCLighting", "Lighting_1");
+    lighting.state("lightCount", 1)
+        .input("positionX_1", 3.0).input("positionY_1", 0.0).input("positionZ_1", 0.5)
+        .input("inputAmbientColor", test::colorValue(0.1, 0.1, 0.1)).input("inputObjectSpecular", 0.0)
+        .child(sphere("Sphere_1", 1, 1, 1).input("inputScale", 0.5).input("inputX", 0.4));
+    Node r = test::root();
+    r.child(clearTo(0)).child(lighting).child(sphere("Sphere_2", 1, 1, 1).input("inputScale", 0.5).input("inputX", -0.4));
+    const QImage image = draw(r);
+    const int right = qGray(image.pixel(32 + 13 + 5, 24)), left = qGray(image.pixel(32 + 13 - 5, 24));
+    EXPECT_GT(right, 150);
+    EXPECT_LT(left, 80);
+    EXPECT_GT(right, left + 80);
+    EXPECT_EQ(image.pixel(32 - 13, 24), qRgb(255, 255, 255));  // the unlit one
+}
+
+TEST(ThreeDPatches, CubeFacesTakeTheirOwnColours)
+{
+    const auto cube = [](double turnY) {
+        Node n("QCCube", "Cube_1");
+        n.input("inputWidth", 0.5).input("inputHeight", 0.5).input("inputDepth", 0.5).input("inputRY", turnY);
+        n.input("inputColorFront", test::colorValue(1, 0, 0)).input("inputColorBack", test::colorValue(0, 1, 0));
+        n.input("inputColorLeft", test::colorValue(0, 0, 1)).input("inputColorRight", test::colorValue(1, 1, 0));
+        n.input("inputCulling", 1);
+        Node r = test::root();
+        r.child(clearTo(0)).child(n);
+        return draw(r);
+    };
+    EXPECT_EQ(cube(0).pixel(32, 24), qRgb(255, 0, 0));      // front faces the eye
+    EXPECT_EQ(cube(90).pixel(32, 24), qRgb(0, 0, 255));     // turned left: the left face
+    EXPECT_EQ(cube(180).pixel(32, 24), qRgb(0, 255, 0));    // the back
+    EXPECT_EQ(cube(0).pixel(32 + 14, 24), qRgb(0, 0, 0));   // 0.5 units = 16 px wide
+}
+
+TEST(ThreeDPatches, TrackBallLeavesItsChildrenWhereTheyAre)
+{
+    // No pointer: the track ball never turns.
+    Node ball("QCTrackBall", "TrackBall_1");
+    ball.child(Node("QCSprite", "Sprite_1").input("inputWidth", 0.5).input("inputHeight", 0.25)
+                   .input("inputX", 0.5).input("inputColor", test::colorValue(0, 1, 0)));
+    Node r = test::root();
+    r.child(clearTo(0)).child(ball);
+    const QImage image = draw(r);
+    EXPECT_EQ(image.pixel(48, 24), qRgb(0, 255, 0));
+    EXPECT_EQ(image.pixel(28, 24), qRgb(0, 0, 0));
+    EXPECT_EQ(image.pixel(48, 24 - 6), qRgb(0, 0, 0));
+}
+
+TEST(ThreeDPatches, DepthTestingHidesWhatIsBehind)
+{
+    // The red sphere is drawn first but is nearer: with a depth buffer it
+    // stays in front of the blue one drawn after it. The raster backend has
+    // no depth buffer between draws and paints the blue one over it.
+    Node r = test::root();
+    r.child(clearTo(0)).child(sphere("Near", 1, 0, 0).input("inputZ", 0.3)).child(sphere("Far", 0, 0, 1).input("inputZ", -0.3));
+    std::unique_ptr<runtime::Renderer> renderer;
+    const QImage image = draw(r, &renderer);
+    if (renderer->backendKind() == runtime::BackendKind::OpenGL) EXPECT_EQ(image.pixel(32, 24), qRgb(255, 0, 0));
+    else EXPECT_EQ(image.pixel(32, 24), qRgb(0, 0, 255));
+}
+
+TEST(ThreeDPatches, MouseInteractionHoldsItsInitialValues)
+{
+    Node mouse("QCMouseInteraction", "Mouse_1");
+    mouse.input("inputInitialXDrag", 0.25).input("inputInitialMagnifyValue", 2.0);
+    Node r = test::root();
+    r.child(mouse).child(Node("QCSprite", "Sprite_1"));
+    r.connect("Mouse_1", "outputInteraction", "Sprite_1", "_inputInteraction");
+    r.publishOutput("drag", "Mouse_1", "outputXDrag").publishOutput("magnify", "Mouse_1", "outputMagnifyValue");
+    r.publishOutput("down", "Mouse_1", "outputMouseDown");
+    runtime::Renderer renderer(test::load(r), kSize);
+    renderer.render(0);
+    EXPECT_EQ(renderer.outputValue("drag").toDouble(), 0.25);
+    EXPECT_EQ(renderer.outputValue("magnify").toDouble(), 2.0);
+    EXPECT_FALSE(renderer.outputValue("down").toBool());
+}
+
+}  // namespace
