@@ -129,3 +129,42 @@ TEST(ThreeDPatches, MouseInteractionHoldsItsInitialValues)
 }
 
 }  // namespace
+
+namespace {
+
+TEST(ThreeDPatches, ReplicatorSpreadsItsCopiesFromFirstToLast)
+{
+    // Three copies of a small sprite, moved 1 unit right in all: at x = 0,
+    // 0.5 and 1 (the last half outside the frame's right edge).
+    Node replicator("QCReplicator", "Replicator_1");
+    replicator.input("inputCopies", 3).input("inputTranslationX", 1.0);
+    replicator.child(Node("QCSprite", "Sprite_1").input("inputWidth", 0.125).input("inputHeight", 0.125)
+                         .input("inputX", -0.5).input("inputColor", test::colorValue(1, 1, 1)));
+    Node r = test::root();
+    r.child(clearTo(0)).child(replicator);
+    const QImage image = draw(r);
+    for (int x : {16, 32, 48}) EXPECT_EQ(image.pixel(x, 24), qRgb(255, 255, 255)) << x;
+    for (int x : {8, 24, 40, 56}) EXPECT_EQ(image.pixel(x, 24), qRgb(0, 0, 0)) << x;
+}
+
+TEST(ThreeDPatches, ImageMatrixMovesTurnsAndScalesTheImage)
+{
+    QImage pixels(4, 2, QImage::Format_ARGB32_Premultiplied);
+    pixels.fill(Qt::red);
+    const runtime::Image image = runtime::Image::fromRaster(pixels);
+    const auto transformed = [&](std::initializer_list<std::pair<const char*, double>> inputs) {
+        Node m("QCImageMatrix", "Matrix_1");
+        for (const auto& [key, value] : inputs) m.input(key, value);
+        Node r = test::root();
+        r.child(m).publishInput("image", "Matrix_1", "inputImage").publishOutput("out", "Matrix_1", "outputImage");
+        runtime::Renderer renderer(test::load(r), kSize);
+        renderer.setInputPortValue("image", runtime::Value(image));
+        renderer.render(0);
+        return renderer.outputPortValue("out").toImage();
+    };
+    EXPECT_EQ(transformed({{"inputTranslateX", 10}, {"inputTranslateY", -3}}).extent(), QRect(10, -3, 4, 2));
+    EXPECT_EQ(transformed({{"inputRotate", 90}}).extent().size(), QSize(2, 4));  // about its centre
+    EXPECT_EQ(transformed({{"inputScaleX", 2}, {"inputScaleY", 0}}).extent().size(), QSize(8, 2));  // 0: unscaled
+}
+
+}  // namespace

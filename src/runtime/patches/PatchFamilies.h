@@ -21,7 +21,7 @@ void registerPlugInPatches(PatchRegistry& registry);     // QCPlugInPatch: our t
 void registerScriptPatches(PatchRegistry& registry);     // JavaScript
 void registerGeometryPatches(PatchRegistry& registry);   // Anchor Position
 void registerDevicePatches(PatchRegistry& registry);     // Mouse, Keyboard, Mouse Interaction (no devices while rendering)
-void registerThreeDPatches(PatchRegistry& registry);     // Track Ball, Lighting, Sphere, Cube
+void registerThreeDPatches(PatchRegistry& registry);     // Track Ball, Replicator, Lighting, Sphere, Cube
 
 inline void registerAllPatches(PatchRegistry& registry)
 {

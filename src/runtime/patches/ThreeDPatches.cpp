@@ -1,5 +1,5 @@
-// 3-D environments and objects: Track Ball and Lighting (macros that set
-// what their children draw with), Sphere and Cube (meshes). Without a
+// 3-D environments and objects: Track Ball, Replicator and Lighting (macros
+// that set what their children draw with), Sphere and Cube (meshes). Without a
 // pointer the track ball never turns. Lighting applies to meshes only:
 // sprites and billboards inside it draw unlit (an approximation).
 
@@ -23,6 +23,63 @@ public:
         addInput(QStringLiteral("inputResetSignal"), PortType::Boolean, false);
         addInput(QStringLiteral("inputTrack"), PortType::Boolean, true);
     }
+};
+
+// Draws its children inputCopies times, copy k of n moved along by
+// t = k / (n − 1) of the translation, rotation and scale (from 1 to the
+// given scale), about the origin, in a frame turned by the orientation.
+// Quartz Composer's exact composition of these is not known; this one
+// keeps the first copy in place and puts the last at the full offset.
+class ReplicatorPatch : public MacroPatch {
+public:
+    explicit ReplicatorPatch(const PatchSetup& setup) : MacroPatch(setup)
+    {
+        copies_ = &addInput(QStringLiteral("inputCopies"), PortType::Index, 10);
+        for (const char* axis : {"X", "Y", "Z"}) {
+            origin_.push_back(&addInput(QStringLiteral("inputOrigin") + QLatin1String(axis), PortType::Number, 0.0));
+            orientation_.push_back(&addInput(QStringLiteral("inputOrientation") + QLatin1String(axis), PortType::Number, 0.0));
+            translation_.push_back(&addInput(QStringLiteral("inputTranslation") + QLatin1String(axis), PortType::Number, 0.0));
+            rotation_.push_back(&addInput(QStringLiteral("inputRotation") + QLatin1String(axis), PortType::Number, 0.0));
+        }
+        scale_ = &addInput(QStringLiteral("inputScale"), PortType::Number, 1.0);
+        addInput(QStringLiteral("inputInterpolation"), PortType::Index, 0);
+    }
+    void execute(ExecutionContext& context, double) override
+    {
+        const int copies = std::clamp(index(copies_), 0, kMaxCopies);
+        const auto vector = [this](const std::vector<InputPort*>& ports, double factor) {
+            return QVector3D(float(number(ports[0]) * factor), float(number(ports[1]) * factor), float(number(ports[2]) * factor));
+        };
+        const QVector3D origin = vector(origin_, 1), orientation = vector(orientation_, 1);
+        QMatrix4x4 frame;
+        frame.translate(origin);
+        frame.rotate(orientation.x(), 1, 0, 0);
+        frame.rotate(orientation.y(), 0, 1, 0);
+        frame.rotate(orientation.z(), 0, 0, 1);
+        const QMatrix4x4 saved = context.modelView();
+        for (int k = 0; k < copies; ++k) {
+            const double t = copies > 1 ? double(k) / (copies - 1) : 0.0;
+            const QVector3D turn = vector(rotation_, t);
+            QMatrix4x4 step;
+            step.translate(vector(translation_, t));
+            step.rotate(turn.x(), 1, 0, 0);
+            step.rotate(turn.y(), 0, 1, 0);
+            step.rotate(turn.z(), 0, 0, 1);
+            const float scale = float(1.0 + (number(scale_) - 1.0) * t);
+            step.scale(scale);
+            // The copies show the same values: no new pass, processors
+            // inside run once.
+            context.modelView() = saved * frame * step * frame.inverted();
+            context.renderConsumers(*this);
+        }
+        context.modelView() = saved;
+    }
+
+private:
+    static constexpr int kMaxCopies = 10000;
+    InputPort* copies_;
+    std::vector<InputPort*> origin_, orientation_, translation_, rotation_;
+    InputPort* scale_;
 };
 
 class LightingPatch : public MacroPatch {
@@ -225,6 +282,7 @@ private:
 void registerThreeDPatches(PatchRegistry& registry)
 {
     registry.add(QStringLiteral("QCTrackBall"), factoryOf<TrackBallPatch>());
+    registry.add(QStringLiteral("QCReplicator"), factoryOf<ReplicatorPatch>());
     registry.add(QStringLiteral("QCLighting"), factoryOf<LightingPatch>());
     registry.add(QStringLiteral("QCSphere"), factoryOf<SpherePatch>());
     registry.add(QStringLiteral("QCCube"), factoryOf<CubePatch>());
