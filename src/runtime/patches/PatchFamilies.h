@@ -21,6 +21,7 @@ void registerPlugInPatches(PatchRegistry& registry);     // QCPlugInPatch: our t
 void registerScriptPatches(PatchRegistry& registry);     // JavaScript
 void registerGeometryPatches(PatchRegistry& registry);   // Anchor Position
 void registerDevicePatches(PatchRegistry& registry);     // Mouse, Keyboard, Mouse Interaction (no devices while rendering)
+void registerNetworkPatches(PatchRegistry& registry);    // Image/XML Downloader, Syndication (fetched off the frame)
 void registerThreeDPatches(PatchRegistry& registry);     // Track Ball, Replicator, Lighting, Sphere, Cube
 
 inline void registerAllPatches(PatchRegistry& registry)
@@ -42,6 +43,7 @@ inline void registerAllPatches(PatchRegistry& registry)
     registerGeometryPatches(registry);
     registerDevicePatches(registry);
     registerThreeDPatches(registry);
+    registerNetworkPatches(registry);
 }
 
 template <class T>
