@@ -197,3 +197,54 @@ TEST(NetworkPatches, HttpFromTheLoopbackAddressWithATimeOut)
 }
 
 }  // namespace
+
+namespace {
+
+TEST(FilePatches, DirectoryScannerListsTheFolderOffTheFrame)
+{
+    QTemporaryDir dir;
+    QDir(dir.path()).mkpath("sub");
+    QImage pixel(1, 1, QImage::Format_ARGB32);
+    pixel.fill(Qt::red);
+    for (const char* name : {"b.png", "a.jpg", "sub/c.png"}) ASSERT_TRUE(pixel.save(dir.filePath(name)));
+    write(dir.filePath("notes.txt"), "not an image");
+    const auto names = [&](bool recursive) {
+        Node scanner("QCDirectoryScanner", "Scanner_1");
+        scanner.state("fileType", "public.image").state("recursive", recursive);
+        Node r = test::root();
+        r.child(scanner).publishInput("folder", "Scanner_1", "inputDirectoryPath").publishOutput("files", "Scanner_1", "outputFiles");
+        runtime::Renderer renderer(test::load(r), QSize(8, 8));
+        renderer.setInputValue("folder", dir.path());
+        QStringList found;
+        if (framesUntil(renderer, "files") < 0) return found;
+        for (const QVariant& file : renderer.outputValue("files").toList()) {
+            const QVariantMap m = file.toMap();
+            EXPECT_EQ(QUrl(m["url"].toString()).toLocalFile(), m["path"].toString());
+            found << QDir(dir.path()).relativeFilePath(m["path"].toString());
+        }
+        return found;
+    };
+    EXPECT_EQ(names(false), QStringList({"a.jpg", "b.png"}));
+    EXPECT_EQ(names(true), QStringList({"a.jpg", "b.png", "sub/c.png"}));
+}
+
+TEST(FilePatches, ImageResizeScalesToThePixelSizeAsked)
+{
+    QImage pixels(10, 4, QImage::Format_ARGB32_Premultiplied);
+    pixels.fill(Qt::blue);
+    const auto resized = [&](double w, double h) {
+        Node n("QCImageResize", "Resize_1");
+        n.input("inputWidth", w).input("inputHeight", h);
+        Node r = test::root();
+        r.child(n).publishInput("image", "Resize_1", "inputImage").publishOutput("out", "Resize_1", "outputImage");
+        runtime::Renderer renderer(test::load(r), QSize(8, 8));
+        renderer.setInputPortValue("image", runtime::Value(runtime::Image::fromRaster(pixels)));
+        renderer.render(0);
+        return renderer.outputPortValue("out").toImage().pixelSize();
+    };
+    EXPECT_EQ(resized(20, 2), QSize(20, 2));
+    EXPECT_EQ(resized(0, 8), QSize(10, 8));     // 0 keeps the width
+    EXPECT_EQ(resized(1e9, 4), QSize(8192, 4));  // capped
+}
+
+}  // namespace

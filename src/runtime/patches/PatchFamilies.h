@@ -22,6 +22,7 @@ void registerScriptPatches(PatchRegistry& registry);     // JavaScript
 void registerGeometryPatches(PatchRegistry& registry);   // Anchor Position
 void registerDevicePatches(PatchRegistry& registry);     // Mouse, Keyboard, Mouse Interaction (no devices while rendering)
 void registerNetworkPatches(PatchRegistry& registry);    // Image/XML Downloader, Syndication (fetched off the frame)
+void registerFilePatches(PatchRegistry& registry);       // Directory Scanner
 void registerThreeDPatches(PatchRegistry& registry);     // Track Ball, Replicator, Lighting, Sphere, Cube
 
 inline void registerAllPatches(PatchRegistry& registry)
@@ -44,6 +45,7 @@ inline void registerAllPatches(PatchRegistry& registry)
     registerDevicePatches(registry);
     registerThreeDPatches(registry);
     registerNetworkPatches(registry);
+    registerFilePatches(registry);
 }
 
 template <class T>
