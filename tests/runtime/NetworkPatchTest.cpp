@@ -212,7 +212,7 @@ TEST(FilePatches, DirectoryScannerListsTheFolderOffTheFrame)
         Node scanner("QCDirectoryScanner", "Scanner_1");
         scanner.state("fileType", "public.image").state("recursive", recursive);
         Node r = test::root();
-        r.child(scanner).publishInput("folder", "Scanner_1", "inputDirectoryPath").publishOutput("files", "Scanner_1", "outputFiles");
+        r.child(scanner).publishInput("folder", "Scanner_1", "inputPath").publishOutput("files", "Scanner_1", "outputFiles");
         runtime::Renderer renderer(test::load(r), QSize(8, 8));
         renderer.setInputValue("folder", dir.path());
         QStringList found;

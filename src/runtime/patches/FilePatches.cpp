@@ -3,8 +3,7 @@
 // output keeps its value and a frame never waits. Each file is a structure
 // with "url" (a file URL), "path" and "name"; `fileType` public.image,
 // public.movie, public.audio keep those kinds by extension, anything else
-// keeps every file. The input key of the folder, "inputDirectoryPath", is
-// our guess: the corpus never sets it.
+// keeps every file.
 
 #include "runtime/ExecutionContext.h"
 #include "runtime/RendererServices.h"
@@ -57,7 +56,7 @@ public:
           extensions_(extensionsFor(stateString(setup, "fileType"))),
           recursive_(stateBool(setup, "recursive", false))
     {
-        folder_ = &addInput(QStringLiteral("inputDirectoryPath"), PortType::String);
+        folder_ = &addInput(QStringLiteral("inputPath"), PortType::String);
         signal_ = &addInput(QStringLiteral("inputSignal"), PortType::Boolean, false);
         files_ = &addOutput(QStringLiteral("outputFiles"), PortType::Structure);
         arrived_ = &addOutput(QStringLiteral("outputSignal"), PortType::Boolean);
