@@ -48,6 +48,7 @@ private:
     QImage* external_ = nullptr;
     QMatrix4x4 projection_;
     std::unique_ptr<QOpenGLFramebufferObject> fbo_;
+    mutable std::unique_ptr<QOpenGLFramebufferObject> resolved_;  // for reading a multisampled fbo_
     mutable Image snapshot_;  // the last picture, while nothing was drawn since
 };
 

@@ -116,7 +116,10 @@ GlTarget::GlTarget(GlBackend& backend, QImage* external, const QTransform& view)
 GlTarget::~GlTarget()
 {
     // The framebuffer's objects go with the context current.
-    if (backend_.context().makeCurrent()) fbo_.reset();
+    if (backend_.context().makeCurrent()) {
+        fbo_.reset();
+        resolved_.reset();
+    }
 }
 
 bool GlTarget::bind() const
@@ -214,9 +217,28 @@ void GlTarget::drawQuad(const QuadDraw& quad)
 Image GlTarget::snapshot() const
 {
     if (!snapshot_.isNull()) return snapshot_;
-    if (!bind()) return Image::fromRaster(QImage(size_, QImage::Format_ARGB32_Premultiplied));
-    // toImage resolves the multisampled buffer and turns it top row first.
-    snapshot_ = Image::fromRaster(fbo_->toImage(true).convertToFormat(QImage::Format_ARGB32_Premultiplied));
+    QImage pixels(size_, QImage::Format_ARGB32_Premultiplied);
+    if (!bind()) {
+        pixels.fill(Qt::transparent);
+        return Image::fromRaster(pixels);
+    }
+    // The multisampled buffer resolves into a plain one, kept for the next
+    // frame (QOpenGLFramebufferObject::toImage would make one each time).
+    QOpenGLFramebufferObject* source = fbo_.get();
+    if (fbo_->format().samples() > 0) {
+        if (!resolved_) resolved_ = std::make_unique<QOpenGLFramebufferObject>(size_);
+        QOpenGLFramebufferObject::blitFramebuffer(resolved_.get(), fbo_.get());
+        source = resolved_.get();
+    }
+    source->bind();
+    // BGRA bytes are premultiplied ARGB32 on the little-endian machines we
+    // build for: read straight into the image, then turn it top row first.
+    static_assert(Q_BYTE_ORDER == Q_LITTLE_ENDIAN);
+    QOpenGLFunctions& gl = backend_.context().functions();
+    gl.glPixelStorei(GL_PACK_ALIGNMENT, 4);
+    gl.glReadPixels(0, 0, size_.width(), size_.height(), GL_BGRA, GL_UNSIGNED_BYTE, pixels.bits());
+    pixels.mirror();
+    snapshot_ = Image::fromRaster(std::move(pixels));
     return snapshot_;
 }
 
