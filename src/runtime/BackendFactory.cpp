@@ -54,13 +54,27 @@ BackendPreference defaultBackendPreference()
     return preferred.load();
 }
 
+bool isSoftwareRenderer(const QString& name)
+{
+    for (const char* software : {"llvmpipe", "softpipe", "swrast", "software"})
+        if (name.contains(QLatin1String(software), Qt::CaseInsensitive)) return true;
+    return false;
+}
+
 MadeBackend makeBackend(BackendPreference preference)
 {
     MadeBackend made;
     if (preference != BackendPreference::Raster) {
         if (auto gl = GlBackend::make(&made.fallbackReason)) {
-            made.backend = std::move(gl);
-            made.kind = BackendKind::OpenGL;
+            const QString renderer = gl->context().rendererName();
+            // A software rasterizer fills pixels far slower than the raster
+            // backend, which also keeps pictures of what stands still.
+            if (preference == BackendPreference::Automatic && isSoftwareRenderer(renderer)) {
+                made.fallbackReason = QStringLiteral("OpenGL is software only here (%1)").arg(renderer);
+            } else {
+                made.backend = std::move(gl);
+                made.kind = BackendKind::OpenGL;
+            }
         }
     }
     if (!made.backend) made.backend = std::make_unique<RasterBackend>();

@@ -1,7 +1,9 @@
 #pragma once
 // Chooses the drawing backend: OpenGL where a context can be made (on the
-// GUI thread of a GUI application with a display), raster otherwise or when
-// asked for. The choice is logged once per process and kind.
+// GUI thread of a GUI application with a display) on a hardware renderer,
+// raster otherwise or when asked for. Asked for explicitly, OpenGL is used
+// on a software renderer too (Mesa's llvmpipe: tests, comparisons). The
+// choice is logged once per process and kind.
 
 #include "runtime/Backend.h"
 
@@ -45,7 +47,9 @@ struct MadeBackend {
     BackendKind kind = BackendKind::Raster;
     QString fallbackReason;  // why OpenGL was asked for or tried and not made
 };
-// OpenGL falls back to raster, with the reason, when no context can be made.
+// OpenGL falls back to raster, with the reason, when no context can be made
+// (and, for Automatic, when the context draws in software).
+bool isSoftwareRenderer(const QString& rendererName);
 MadeBackend makeBackend(BackendPreference preference = defaultBackendPreference());
 
 }  // namespace runtime

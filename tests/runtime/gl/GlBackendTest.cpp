@@ -53,7 +53,13 @@ QImage renderCard(runtime::BackendPreference backend)
 TEST(GlBackend, ChoosesAsAskedAndFallsBackOffTheGuiThread)
 {
     EXPECT_EQ(runtime::makeBackend(runtime::BackendPreference::OpenGL).kind, runtime::BackendKind::OpenGL);
-    EXPECT_EQ(runtime::makeBackend(runtime::BackendPreference::Automatic).kind, runtime::BackendKind::OpenGL);
+    // Automatic takes OpenGL only from hardware: llvmpipe is slower than raster.
+    const runtime::MadeBackend automatic = runtime::makeBackend(runtime::BackendPreference::Automatic);
+    const QString rendererName = runtime::GlBackend::make()->context().rendererName();
+    EXPECT_EQ(automatic.kind, runtime::isSoftwareRenderer(rendererName) ? runtime::BackendKind::Raster : runtime::BackendKind::OpenGL)
+        << rendererName.toStdString();
+    EXPECT_TRUE(runtime::isSoftwareRenderer("llvmpipe (LLVM 15.0.6, 256 bits)"));
+    EXPECT_FALSE(runtime::isSoftwareRenderer("AMD Radeon RX 6600 (radeonsi, navi23, LLVM 15.0.6)"));
     EXPECT_EQ(runtime::makeBackend(runtime::BackendPreference::Raster).kind, runtime::BackendKind::Raster);
     runtime::Renderer renderer(test::load(cornerCardScene()), kSize);
     EXPECT_EQ(renderer.backendKind(), runtime::BackendKind::OpenGL);  // this binary's default
