@@ -39,6 +39,9 @@ struct QuadDraw {
     Color color = Color::white();  // multiplies the image (or is the flat colour)
     BlendMode blend = BlendMode::Over;
     bool antialias = true;
+    // Tested against (and written to) the depth buffer meshes fill, where
+    // the backend has one (OpenGL); raster draws in order regardless.
+    bool depthTest = false;
 };
 
 struct Lighting;

@@ -168,3 +168,26 @@ TEST(ThreeDPatches, ImageMatrixMovesTurnsAndScalesTheImage)
 }
 
 }  // namespace
+
+namespace {
+
+TEST(ThreeDPatches, SpritesWithDepthTestingSitAmongMeshes)
+{
+    // A green sprite behind a red sphere, drawn after it: with depth
+    // testing on OpenGL the sphere hides its middle; without, or on the
+    // raster backend, the sprite covers the sphere.
+    const auto centre = [](int zBuffer) {
+        Node r = test::root();
+        r.child(clearTo(0)).child(sphere("Sphere_1", 1, 0, 0));
+        r.child(Node("QCSprite", "Sprite_1").input("inputZ", -0.6).input("inputZBuffer", zBuffer)
+                    .input("inputColor", test::colorValue(0, 1, 0)));
+        std::unique_ptr<runtime::Renderer> renderer;
+        const QImage image = draw(r, &renderer);
+        return std::pair{image.pixel(32, 24), renderer->backendKind()};
+    };
+    const auto [tested, kind] = centre(1);
+    EXPECT_EQ(tested, kind == runtime::BackendKind::OpenGL ? qRgb(255, 0, 0) : qRgb(0, 255, 0));
+    EXPECT_EQ(centre(0).first, qRgb(0, 255, 0));
+}
+
+}  // namespace

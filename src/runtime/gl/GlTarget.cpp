@@ -191,7 +191,13 @@ void GlTarget::drawQuad(const QuadDraw& quad)
         gl.glBlendFunc(GL_ONE, GL_ONE);
         break;
     }
-    gl.glDisable(GL_DEPTH_TEST);
+    if (quad.depthTest) {
+        gl.glEnable(GL_DEPTH_TEST);
+        gl.glDepthFunc(GL_LEQUAL);
+        gl.glDepthMask(GL_TRUE);
+    } else {
+        gl.glDisable(GL_DEPTH_TEST);
+    }
     gl.glDisable(GL_CULL_FACE);
     if (quad.antialias) gl.glEnable(GL_MULTISAMPLE);
     else gl.glDisable(GL_MULTISAMPLE);
@@ -210,6 +216,7 @@ void GlTarget::drawQuad(const QuadDraw& quad)
     gl.glDrawArrays(GL_TRIANGLE_FAN, 0, 4);
     program.disableAttributeArray(position);
     program.disableAttributeArray(texCoord);
+    gl.glDisable(GL_DEPTH_TEST);
     for (GLuint id : temporary)
         if (id) gl.glDeleteTextures(1, &id);
 }
