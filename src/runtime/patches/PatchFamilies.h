@@ -23,6 +23,7 @@ void registerGeometryPatches(PatchRegistry& registry);   // Anchor Position
 void registerDevicePatches(PatchRegistry& registry);     // Mouse, Keyboard, Mouse Interaction (no devices while rendering)
 void registerNetworkPatches(PatchRegistry& registry);    // Image/XML Downloader, Syndication (fetched off the frame)
 void registerFilePatches(PatchRegistry& registry);       // Directory Scanner
+void registerCompositionPatches(PatchRegistry& registry);  // Patch Renderer, Patch Info, Repository Compositions
 void registerThreeDPatches(PatchRegistry& registry);     // Track Ball, Replicator, Lighting, Sphere, Cube
 
 inline void registerAllPatches(PatchRegistry& registry)
@@ -46,6 +47,7 @@ inline void registerAllPatches(PatchRegistry& registry)
     registerThreeDPatches(registry);
     registerNetworkPatches(registry);
     registerFilePatches(registry);
+    registerCompositionPatches(registry);
 }
 
 template <class T>

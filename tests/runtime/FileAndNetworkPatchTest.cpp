@@ -1,6 +1,8 @@
-// Image Downloader, XML Downloader and Syndication on local files: data
-// arrives on a later frame without the frame waiting, and what cannot be
-// read or parsed leaves the outputs empty instead of failing the render.
+// Patches that read files and the network (Image Downloader, XML
+// Downloader, Syndication, Directory Scanner) and other compositions (Patch
+// Renderer), on local files and a loopback server: data arrives on a later
+// frame without the frame waiting, and what cannot be read or parsed leaves
+// the outputs empty instead of failing the render.
 
 #include "CompositionBuilder.h"
 
@@ -10,6 +12,7 @@
 #include <QThread>
 #include <QUrl>
 
+#include "plist/PropertyList.h"
 #include "runtime/patches/Download.h"
 
 #include <gtest/gtest.h>
@@ -245,6 +248,38 @@ TEST(FilePatches, ImageResizeScalesToThePixelSizeAsked)
     EXPECT_EQ(resized(20, 2), QSize(20, 2));
     EXPECT_EQ(resized(0, 8), QSize(10, 8));     // 0 keeps the width
     EXPECT_EQ(resized(1e9, 4), QSize(8192, 4));  // capped
+}
+
+}  // namespace
+
+namespace {
+
+TEST(CompositionPatches, PatchRendererDrawsAnotherFileWithItsInputs)
+{
+    // The inner file: a clear to the colour of its published input "Color".
+    Node inner = test::root();
+    inner.child(Node("QCClear", "Clear_1"));
+    inner.publishInput("Color", "Clear_1", "inputColor");
+    QTemporaryDir dir;
+    const QString innerPath = dir.filePath("inner.qtz");
+    const auto xml = plist::writeXml(test::document(inner));
+    ASSERT_TRUE(xml);
+    write(innerPath, QByteArray::fromStdString(*xml));
+
+    const auto outer = [&](const QString& path) {
+        plist::Dictionary input{{"class", "QCColorPort"}, {"key", "_protocolInput_Color"}};
+        Node renderer("QCPatchRenderer", "PatchRenderer_1");
+        renderer.state("compositionInputs", plist::Array{plist::Value(input)}).input("inputPath", path.toStdString());
+        renderer.input("_protocolInput_Color", test::colorValue(0, 0, 1));
+        Node r = test::root();
+        r.child(renderer);
+        runtime::Renderer rendering(test::load(r), QSize(8, 8));
+        rendering.render(0);
+        return rendering.snapshot().pixel(4, 4);
+    };
+    EXPECT_EQ(outer(innerPath), qRgb(0, 0, 255));
+    EXPECT_EQ(qAlpha(outer("/gradient")), 0);  // a repository name: nothing drawn, no failure
+    EXPECT_EQ(qAlpha(outer(dir.filePath("missing.qtz"))), 0);
 }
 
 }  // namespace
