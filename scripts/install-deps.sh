@@ -9,7 +9,7 @@ packages=(
   libqt6opengl6-dev libgl-dev zlib1g-dev libtiff-dev libdeflate-dev
   libgtest-dev libgmock-dev libbenchmark-dev libclang-rt-dev
   libavcodec-dev libavformat-dev libavutil-dev libswscale-dev
-  xvfb xauth fonts-dejavu-core fonts-liberation2
+  xvfb xauth libgl1-mesa-dri libglx-mesa0 fonts-dejavu-core fonts-liberation2
   python3 python3-jsonschema
   desktop-file-utils appstream shared-mime-info
 )

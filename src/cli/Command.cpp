@@ -9,11 +9,11 @@ const std::vector<Command>& commands()
         {"plist", "plist convert --xml|--binary IN OUT", runPlistCommand},
         {"psd", "psd layers FILE.psd\npsd export FILE.psd DIR", runPsdCommand},
         {"qtz", "qtz inputs FILE.qtz\nqtz check FILE.qtz", runQtzCommand},
-        {"render", "render FILE.qtz|DOC.composition --time T [--size WxH] [--input KEY=VALUE]... -o OUT.png",
+        {"render", "render FILE.qtz|DOC.composition --time T [--size WxH] [--backend gl|raster] [--input KEY=VALUE]... -o OUT.png",
          runRenderCommand},
         {"play",
          "play DOC.composition (--png DIR | --video FILE.mov) [--codec prores|animation] [--from S] [--to S]\n"
-         "     [--trigger-at S]... [--size WxH] [--background]",
+         "     [--trigger-at S]... [--size WxH] [--backend gl|raster] [--background]",
          runPlayCommand},
         {"doc",
          "doc new [--mode NAME] [--duration S] DOC.composition\n"

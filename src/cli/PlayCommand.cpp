@@ -1,11 +1,12 @@
 // velloran-cli play DOC.composition (--png DIR | --video FILE.mov) [--codec prores|animation]
-//     [--from S] [--to S] [--trigger-at S]... [--size WxH] [--background]
+//     [--from S] [--to S] [--trigger-at S]... [--size WxH] [--backend gl|raster] [--background]
 // Every frame of the template as keyed playout plays it, into files.
 
 #include "cli/Command.h"
 #include "document/CompositionDocument.h"
 #include "playout/MovieWriter.h"
 #include "playout/Player.h"
+#include "runtime/BackendFactory.h"
 #include "playout/PlayoutRender.h"
 #include "playout/PngSequenceWriter.h"
 
@@ -28,9 +29,10 @@ namespace {
 constexpr int kMaxSide = 16384;
 constexpr const char* kUsageText =
     "usage: velloran-cli play DOC.composition (--png DIR | --video FILE.mov) [--codec prores|animation]\n"
-    "                         [--from S] [--to S] [--trigger-at S]... [--size WxH] [--background]\n";
+    "                         [--from S] [--to S] [--trigger-at S]... [--size WxH] [--backend gl|raster] [--background]\n";
 
 struct PlayRequest {
+    std::optional<runtime::BackendPreference> backend;
     QString document;
     QString pngDirectory;
     QString movie;
@@ -72,6 +74,10 @@ QString parseArguments(const QStringList& args, PlayRequest& r)
             if (!readSeconds(args, i, at)) return QStringLiteral("--trigger-at needs seconds, 0 or more");
             if (!r.range.triggerTimes) r.range.triggerTimes.emplace();
             r.range.triggerTimes->push_back(at);
+        } else if (a == QLatin1String("--backend")) {
+            const auto preference = hasValue ? runtime::backendPreferenceFromName(args[++i]) : std::nullopt;
+            if (!preference) return QStringLiteral("--backend is gl or raster");
+            r.backend = preference;
         } else if (a == QLatin1String("--size")) {
             static const QRegularExpression re(QStringLiteral("^(\\d{1,5})x(\\d{1,5})$"));
             const auto m = hasValue ? re.match(args[++i]) : QRegularExpressionMatch();
@@ -112,6 +118,7 @@ int runPlayCommand(const QStringList& args, Streams& io)
         io.err << "velloran-cli play: " << problem << "\n" << kUsageText;
         return kUsage;
     }
+    const runtime::ScopedBackendPreference backend(request.backend);
     QString error;
     auto document = document::CompositionDocument::open(request.document, &error);
     if (!document) {

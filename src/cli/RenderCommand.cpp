@@ -1,8 +1,9 @@
-// velloran-cli render FILE.qtz|DOC.composition --time T [--size WxH] [--input KEY=VALUE]... -o OUT.png
+// velloran-cli render FILE.qtz|DOC.composition --time T [--size WxH] [--backend gl|raster] [--input KEY=VALUE]... -o OUT.png
 
 #include "cli/Command.h"
 #include "document/CompositionDocument.h"
 #include "playout/Player.h"
+#include "runtime/BackendFactory.h"
 #include "runtime/Renderer.h"
 
 #include <QColor>
@@ -21,6 +22,7 @@ namespace {
 constexpr int kMaxSide = 16384;
 
 struct RenderRequest {
+    std::optional<runtime::BackendPreference> backend;
     QString file;
     double time = 0;
     bool hasTime = false;
@@ -41,6 +43,10 @@ QString parseArguments(const QStringList& args, RenderRequest& r)
             if (hasValue) r.time = args[++i].toDouble(&ok);
             if (!ok || !std::isfinite(r.time)) return QStringLiteral("--time needs a number of seconds");
             r.hasTime = true;
+        } else if (a == QLatin1String("--backend")) {
+            const auto preference = hasValue ? runtime::backendPreferenceFromName(args[++i]) : std::nullopt;
+            if (!preference) return QStringLiteral("--backend is gl or raster");
+            r.backend = preference;
         } else if (a == QLatin1String("--size")) {
             static const QRegularExpression re(QStringLiteral("^(\\d{1,5})x(\\d{1,5})$"));
             const auto m = hasValue ? re.match(args[++i]) : QRegularExpressionMatch();
@@ -151,9 +157,10 @@ int runRenderCommand(const QStringList& args, Streams& io)
     const QString usageProblem = parseArguments(args, request);
     if (!usageProblem.isEmpty()) {
         io.err << "velloran-cli render: " << usageProblem << "\n"
-               << "usage: velloran-cli render FILE.qtz|DOC.composition --time T [--size WxH] [--input KEY=VALUE]... -o OUT.png\n";
+               << "usage: velloran-cli render FILE.qtz|DOC.composition --time T [--size WxH] [--backend gl|raster] [--input KEY=VALUE]... -o OUT.png\n";
         return kUsage;
     }
+    const runtime::ScopedBackendPreference backend(request.backend);
     QString error;
     if (QFileInfo(request.file).isDir() || request.file.endsWith(QLatin1String(".composition")))
         return renderDocument(request, io);

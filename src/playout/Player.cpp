@@ -5,7 +5,7 @@
 #include "document/UnattendedTrigger.h"
 #include "model/QuartzComponent.h"
 #include "playout/FieldWeaving.h"
-#include "runtime/RasterBackend.h"
+#include "runtime/BackendFactory.h"
 #include "runtime/Renderer.h"
 
 #include <cmath>
@@ -39,8 +39,8 @@ void Player::load(PlayoutTemplate played, const PlayerOptions& options)
     stepImage_ = QImage(size_, QImage::Format_ARGB32_Premultiplied);
     stepImage_.fill(Qt::transparent);
     if (template_.timing.interlaced()) interlacedFrame_ = stepImage_.copy();
-    backend_ = std::make_unique<runtime::RasterBackend>();
-    target_ = backend_->wrap(&stepImage_);
+    backend_ = runtime::makeBackend().backend;
+    target_ = backend_->wrapImage(&stepImage_);
     if (options.unattended) unattended_ = std::make_unique<document::UnattendedTrigger>(*renderer_);
     nextStep_ = 0;
     time_ = 0;

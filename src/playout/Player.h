@@ -21,8 +21,8 @@
 #include <optional>
 
 namespace runtime {
-class RasterBackend;
-class RasterTarget;
+class Backend;
+class RenderTarget;
 class Renderer;
 }  // namespace runtime
 
@@ -109,8 +109,8 @@ private:
     PlayerOptions options_;
     QSize size_;
     std::unique_ptr<runtime::Renderer> renderer_;
-    std::unique_ptr<runtime::RasterBackend> backend_;
-    std::unique_ptr<runtime::RasterTarget> target_;
+    std::unique_ptr<runtime::Backend> backend_;
+    std::unique_ptr<runtime::RenderTarget> target_;
     std::unique_ptr<document::UnattendedTrigger> unattended_;
     QImage stepImage_;         // what target_ paints into
     QImage interlacedFrame_;   // null for progressive modes

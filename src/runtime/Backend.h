@@ -1,7 +1,7 @@
 #pragma once
 // The drawing interface patches render through. The raster backend
-// implements it with QPainter; an OpenGL backend can implement the same
-// calls later without touching the patches.
+// implements it with QPainter, the OpenGL backend (gl/GlBackend.h) with
+// framebuffer objects; BackendFactory.h chooses between them.
 //
 // Geometry is in Quartz Composer units: the destination is 2 units wide
 // (x in −1…1), 2·h/w units high, origin at the centre, y up, z towards the
@@ -13,8 +13,12 @@
 #include <QMatrix4x4>
 #include <QRectF>
 #include <QSize>
+#include <QVector2D>
+#include <QVector3D>
+#include <QTransform>
 
 #include <memory>
+#include <vector>
 
 namespace runtime {
 
@@ -35,6 +39,32 @@ struct QuadDraw {
     Color color = Color::white();  // multiplies the image (or is the flat colour)
     BlendMode blend = BlendMode::Over;
     bool antialias = true;
+    // Tested against (and written to) the depth buffer meshes fill, where
+    // the backend has one (OpenGL); raster draws in order regardless.
+    bool depthTest = false;
+};
+
+struct Lighting;
+
+// A triangle mesh: every three vertices make a triangle, counter-clockwise
+// seen from the front.
+struct MeshVertex {
+    QVector3D position;
+    QVector3D normal;
+    QVector2D texCoord;  // t = 0 at the image's top row
+};
+
+enum class Culling : std::uint8_t { None, Back, Front };
+
+struct MeshDraw {
+    QMatrix4x4 transform;  // local units → destination units
+    const std::vector<MeshVertex>* vertices = nullptr;
+    Image image;  // over the texture coordinates; null draws a flat colour
+    Color color = Color::white();
+    BlendMode blend = BlendMode::Over;
+    bool depthTest = true;  // against what earlier 3-D draws of the frame left
+    Culling culling = Culling::None;
+    const Lighting* lighting = nullptr;  // unlit when null
 };
 
 class RenderTarget {
@@ -43,8 +73,12 @@ public:
     virtual QSize pixelSize() const = 0;
     virtual void clear(const Color& color) = 0;
     virtual void drawQuad(const QuadDraw& quad) = 0;
+    virtual void drawMesh(const MeshDraw& mesh) = 0;
     // The current content as an image value (shares pixels where it can).
     virtual Image snapshot() const = 0;
+    // Called when a frame is done: a target drawing over the caller's image
+    // elsewhere than in memory writes it back.
+    virtual void finish() {}
 
     // Units across the destination: 2 wide, 2·h/w high.
     double unitsWide() const { return 2.0; }
@@ -60,6 +94,10 @@ public:
     virtual ~Backend() = default;
     // An offscreen target for Render In Image, cleared to transparent.
     virtual std::unique_ptr<RenderTarget> makeTarget(QSize pixelSize) = 0;
+    // A target that draws over the caller's image; `view` maps destination
+    // units to destination units before the pixel mapping (a zoomed or
+    // panned canvas passes its transform).
+    virtual std::unique_ptr<RenderTarget> wrapImage(QImage* image, const QTransform& view = {}) = 0;
 };
 
 }  // namespace runtime

@@ -16,6 +16,7 @@ namespace runtime {
 
 class MacroPatch;
 class RendererServices;
+struct Lighting;
 
 class ExecutionContext {
 public:
@@ -35,6 +36,15 @@ public:
     // Returns the previous target so that the caller can restore it.
     RenderTarget* setTarget(RenderTarget* target);
     QMatrix4x4& modelView() { return modelView_; }
+    // The lighting of the innermost Lighting patch around the draw, or null.
+    const Lighting* lighting() const { return lighting_; }
+    // Returns the previous lighting so that the caller can restore it.
+    const Lighting* setLighting(const Lighting* lighting)
+    {
+        const Lighting* previous = lighting_;
+        lighting_ = lighting;
+        return previous;
+    }
     const QVariantMap& arguments() const;
 
     // Iterator variables, innermost last.
@@ -64,6 +74,7 @@ private:
     RendererServices& services_;
     RenderTarget* target_ = nullptr;
     QMatrix4x4 modelView_;
+    const Lighting* lighting_ = nullptr;
     const QVariantMap* arguments_ = nullptr;
     std::vector<Iteration> iterations_;
     std::uint64_t frame_ = 0;

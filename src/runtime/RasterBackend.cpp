@@ -142,7 +142,6 @@ QImage RasterTarget::sourcePixels(const QuadDraw& quad, qint64* key)
 
 bool RasterTarget::project(const QuadDraw& quad, Corners& corners) const
 {
-    const double w = image().width(), h = image().height();
     const QRectF r = quad.rect;
     // rect.top() is the lower edge here (y up): corners run lower-left,
     // lower-right, upper-right, upper-left.
@@ -150,14 +149,19 @@ bool RasterTarget::project(const QuadDraw& quad, Corners& corners) const
                                 QVector3D(float(r.right()), float(r.top()), 0),
                                 QVector3D(float(r.right()), float(r.bottom()), 0),
                                 QVector3D(float(r.left()), float(r.bottom()), 0)};
-    for (std::size_t i = 0; i < corners.size(); ++i) {
-        const QVector3D p = quad.transform.map(local[i]);
-        const double depth = kEyeDistance - double(p.z());
-        if (depth <= 1e-6) return false;  // behind the eye
-        const double s = kEyeDistance / depth;
-        const QPointF unit = view_.map(QPointF(p.x() * s, p.y() * s));
-        corners[i] = QPointF((unit.x() + 1.0) * w / 2.0, h / 2.0 - unit.y() * w / 2.0);
-    }
+    for (std::size_t i = 0; i < corners.size(); ++i)
+        if (!projectPoint(quad.transform.map(local[i]), corners[i])) return false;
+    return true;
+}
+
+bool RasterTarget::projectPoint(const QVector3D& p, QPointF& pixel) const
+{
+    const double w = image().width(), h = image().height();
+    const double depth = kEyeDistance - double(p.z());
+    if (depth <= 1e-6) return false;  // behind the eye
+    const double s = kEyeDistance / depth;
+    const QPointF unit = view_.map(QPointF(p.x() * s, p.y() * s));
+    pixel = QPointF((unit.x() + 1.0) * w / 2.0, h / 2.0 - unit.y() * w / 2.0);
     return true;
 }
 

@@ -29,6 +29,9 @@ public:
     QSize pixelSize() const override { return image().size(); }
     void clear(const Color& color) override;
     void drawQuad(const QuadDraw& quad) override;
+    // Flat-shaded triangles, far ones first (RasterMesh.cpp): no depth
+    // buffer and no texture here.
+    void drawMesh(const MeshDraw& mesh) override;
     Image snapshot() const override;
 
     const QImage& image() const { return external_ ? *external_ : owned_; }
@@ -38,6 +41,8 @@ private:
     QImage& pixels() { return external_ ? *external_ : owned_; }
     QImage sourcePixels(const QuadDraw& quad, qint64* key);
     bool project(const QuadDraw& quad, Corners& corners) const;
+    // Destination units → pixels, in perspective; false behind the eye.
+    bool projectPoint(const QVector3D& p, QPointF& pixel) const;
     void drawFlat(const QuadDraw& quad, const Corners& corners);
     void drawImage(const QuadDraw& quad, const Corners& corners);
     // A repeated Source Over draw from its cached picture; false when there
@@ -57,6 +62,7 @@ private:
 class RasterBackend : public Backend {
 public:
     std::unique_ptr<RenderTarget> makeTarget(QSize pixelSize) override;
+    std::unique_ptr<RenderTarget> wrapImage(QImage* image, const QTransform& view = {}) override { return wrap(image, view); }
     std::unique_ptr<RasterTarget> makeRasterTarget(QSize pixelSize);
     std::unique_ptr<RasterTarget> wrap(QImage* image, const QTransform& view = {});
 

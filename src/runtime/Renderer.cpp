@@ -27,12 +27,13 @@ bool carriesImages(PortType type)
 
 }  // namespace
 
-Renderer::Renderer(std::shared_ptr<const Composition> composition, QSize size)
-    : composition_(std::move(composition)),
-      services_(std::make_unique<RendererServices>()),
-      backend_(std::make_unique<RasterBackend>()),
-      context_(std::make_unique<ExecutionContext>(*backend_, *services_))
+Renderer::Renderer(std::shared_ptr<const Composition> composition, QSize size, BackendPreference backend)
+    : composition_(std::move(composition)), services_(std::make_unique<RendererServices>())
 {
+    MadeBackend made = makeBackend(backend);
+    backend_ = std::move(made.backend);
+    backendKind_ = made.kind;
+    context_ = std::make_unique<ExecutionContext>(*backend_, *services_);
     services_->compositionDirectory = composition_->directory();
     root_ = GraphBuilder(composition_->document(), composition_->resources(), nullptr).buildRoot();
     setSize(size);
@@ -88,7 +89,7 @@ void Renderer::render(double time, const QVariantMap& arguments)
 void Renderer::render(double time, QImage& target, const QVariantMap& arguments, const QTransform& view)
 {
     if (target.isNull()) return;
-    auto wrapped = backend_->wrap(&target, view);
+    auto wrapped = backend_->wrapImage(&target, view);
     renderInto(time, *wrapped, arguments);
 }
 
@@ -104,6 +105,7 @@ void Renderer::renderInto(double time, RenderTarget& target, const QVariantMap& 
     // Published outputs are evaluated every frame, whether or not a
     // renderer pulled them.
     for (const auto& out : root_->outputs()) context_->ensure(*out);
+    target.finish();
 }
 
 QSize Renderer::size() const
@@ -120,16 +122,16 @@ void Renderer::setSize(QSize size)
 // Made on first use: a renderer that only ever draws into its caller's
 // target (each component on the canvas) never needs an image of its own, and
 // at 4K that image would be 32 MB a component.
-RasterTarget& Renderer::ownTarget() const
+RenderTarget& Renderer::ownTarget() const
 {
-    if (!ownTarget_) ownTarget_ = backend_->makeRasterTarget(size_);
+    if (!ownTarget_) ownTarget_ = backend_->makeTarget(size_);
     return *ownTarget_;
 }
 
 // Shares the pixels: the next frame paints on a copy while this one is held.
 QImage Renderer::snapshot() const
 {
-    return ownTarget().image();
+    return ownTarget().snapshot().raster();
 }
 
 QVariantMap& Renderer::userInfo()

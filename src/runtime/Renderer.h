@@ -3,6 +3,7 @@
 // over a shared, immutable template. Many renderers may share one
 // Composition. A renderer is used from one thread at a time.
 
+#include "runtime/BackendFactory.h"
 #include "runtime/Composition.h"
 
 #include <QImage>
@@ -18,20 +19,22 @@ namespace runtime {
 class ExecutionContext;
 class MacroPatch;
 class Patch;
-class RasterBackend;
-class RasterTarget;
 class RendererServices;
 class RenderTarget;
 
 class Renderer {
 public:
     // `size`: the pixel size of the renderer's own offscreen image.
-    explicit Renderer(std::shared_ptr<const Composition> composition, QSize size = QSize(640, 480));
+    // The backend is OpenGL or raster as `backend` asks (falling back to
+    // raster where no OpenGL context can be made).
+    explicit Renderer(std::shared_ptr<const Composition> composition, QSize size = QSize(640, 480),
+                      BackendPreference backend = defaultBackendPreference());
     ~Renderer();
     Renderer(const Renderer&) = delete;
     Renderer& operator=(const Renderer&) = delete;
 
     const Composition& composition() const { return *composition_; }
+    BackendKind backendKind() const { return backendKind_; }
 
     // Published ports of the root patch.
     QStringList inputKeys() const;
@@ -95,15 +98,16 @@ private:
 
     std::shared_ptr<const Composition> composition_;
     std::unique_ptr<RendererServices> services_;
-    std::unique_ptr<RasterBackend> backend_;
+    std::unique_ptr<Backend> backend_;
+    BackendKind backendKind_ = BackendKind::Raster;
     std::unique_ptr<ExecutionContext> context_;
     std::unique_ptr<MacroPatch> root_;
-    RasterTarget& ownTarget() const;
+    RenderTarget& ownTarget() const;
 
     QSize size_;
     // The renderer's own image, made on first use and kept, painter and
     // all, from frame to frame.
-    mutable std::unique_ptr<RasterTarget> ownTarget_;
+    mutable std::unique_ptr<RenderTarget> ownTarget_;
 };
 
 }  // namespace runtime

@@ -50,6 +50,19 @@ TEST(GeometryFilters, AffineTileRepeatsTheImageEverywhere)
     EXPECT_TRUE(near(pixelAt(turned, 0, 1), QColor(0, 0, 255)));
 }
 
+TEST(GeometryFilters, AffineClampRepeatsTheEdgePixelsOutward)
+{
+    const Image clamped = applyFilter("CIAffineClamp", {{"inputImage", redBlue()}});
+    EXPECT_TRUE(clamped.isInfinite());
+    EXPECT_TRUE(near(pixelAt(clamped, -50, 0), QColor(255, 0, 0)));   // left of it: the left pixel
+    EXPECT_TRUE(near(pixelAt(clamped, 80, -30), QColor(0, 0, 255)));  // right and below: the right one
+    EXPECT_TRUE(near(pixelAt(clamped, 1, 40), QColor(0, 0, 255)));
+    // Moved 10 pixels right: the red edge now reaches x = 10.
+    const Image moved = applyFilter("CIAffineClamp", {{"inputImage", redBlue()}, {"inputTransform_TranslateX", 10.0}});
+    EXPECT_TRUE(near(pixelAt(moved, 5, 0), QColor(255, 0, 0)));
+    EXPECT_TRUE(near(pixelAt(moved, 12, 0), QColor(0, 0, 255)));
+}
+
 TEST(GeometryFilters, LanczosScaleSetsTheExtent)
 {
     const Image image = solidImage(QSize(100, 50), Qt::red, QPoint(10, 20));

@@ -375,3 +375,39 @@ TEST(StringPatches, PrinterFormatsItsArguments)
 }
 
 }  // namespace
+
+namespace {
+
+TEST(QueuePatch, KeepsTheLastValuesOldestFirst)
+{
+    const auto queueOf = [](bool continuous) {
+        test::Node queue("QCQueue", "Queue_1");
+        queue.state("continuous", continuous).input("inputSize", 3);
+        test::Node r = test::root();
+        r.child(queue).publishInput("value", "Queue_1", "inputValue").publishInput("filling", "Queue_1", "inputFilling");
+        r.publishInput("reset", "Queue_1", "inputResetSignal").publishOutput("queue", "Queue_1", "outputQueue");
+        return std::make_unique<runtime::Renderer>(test::load(r), QSize(4, 4));
+    };
+    auto queue = queueOf(false);
+    for (double v : {1.0, 2.0, 2.0, 3.0, 4.0}) {
+        queue->setInputValue("value", v);
+        queue->render(v);
+    }
+    // An unchanged value is not added again; the oldest beyond three go.
+    EXPECT_EQ(queue->outputValue("queue").toList(), QVariantList({2.0, 3.0, 4.0}));
+    queue->setInputValue("filling", false);
+    queue->setInputValue("value", 5.0);
+    queue->render(6);
+    EXPECT_EQ(queue->outputValue("queue").toList(), QVariantList({2.0, 3.0, 4.0}));
+    queue->setInputValue("reset", true);
+    queue->render(7);
+    EXPECT_EQ(queue->outputValue("queue").toList(), QVariantList());
+
+    // Continuous: a value every frame, changed or not.
+    auto continuous = queueOf(true);
+    continuous->setInputValue("value", 8.0);
+    for (int frame = 0; frame < 2; ++frame) continuous->render(frame);
+    EXPECT_EQ(continuous->outputValue("queue").toList(), QVariantList({8.0, 8.0}));
+}
+
+}  // namespace

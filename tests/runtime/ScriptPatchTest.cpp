@@ -84,4 +84,31 @@ TEST(JavaScriptPatch, RunawayAndBrokenScriptsAreStopped)
     EXPECT_EQ(flaky->outputValue("out").toDouble(), 7.0);
 }
 
+TEST(JavaScriptPatch, ScriptsOfOneRendererKeepTheirOwnNamesAndRestartOnReset)
+{
+    // Both scripts run in the renderer's one engine; each has its own main
+    // and its own counter.
+    Node first("QCJavaScript", "JavaScript_1");
+    first.state("script", "var n = 0;\nfunction (__number out) main (__number x) { n += 1; return {out: n}; }");
+    Node second("QCJavaScript", "JavaScript_2");
+    second.state("script", "var n = 100;\nfunction (__number out) main (__number x) { n += 10; return {out: n}; }");
+    Node r = test::root();
+    r.child(first).child(second);
+    r.publishInput("a", "JavaScript_1", "x").publishInput("b", "JavaScript_2", "x");
+    r.publishOutput("first", "JavaScript_1", "out").publishOutput("second", "JavaScript_2", "out");
+    runtime::Renderer renderer(test::load(r), QSize(4, 4));
+    for (int frame = 0; frame < 3; ++frame) {
+        renderer.setInputValue("a", double(frame));
+        renderer.setInputValue("b", double(frame));
+        renderer.render(0);
+    }
+    EXPECT_EQ(renderer.outputValue("first").toDouble(), 3.0);
+    EXPECT_EQ(renderer.outputValue("second").toDouble(), 130.0);
+
+    renderer.reset();
+    renderer.setInputValue("a", 9.0);
+    renderer.render(0);
+    EXPECT_EQ(renderer.outputValue("first").toDouble(), 1.0);
+}
+
 }  // namespace

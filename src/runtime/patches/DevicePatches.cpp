@@ -8,6 +8,9 @@
 
 #include <QPointF>
 
+#include <tuple>
+#include <vector>
+
 namespace runtime {
 
 namespace {
@@ -52,10 +55,38 @@ public:
     void execute(ExecutionContext&, double) override {}
 };
 
+// Mouse Interaction: links a renderer to the pointer (its interaction
+// output feeds a sprite's "_inputInteraction"). Without a pointer nothing
+// is pressed, dragged, pinched or turned: the outputs hold the initial
+// values the file gives.
+class MouseInteractionPatch : public Patch {
+public:
+    explicit MouseInteractionPatch(const PatchSetup& setup) : Patch(setup)
+    {
+        addOutput(QStringLiteral("outputInteraction"), PortType::Interaction);
+        for (const char* key : {"outputMouseDown", "outputMouseOver", "outputDoubleClick"})
+            addOutput(QString::fromLatin1(key), PortType::Boolean);
+        for (const auto& [input, output, initial] : {std::tuple{"inputInitialXDrag", "outputXDrag", 0.0},
+                                                      std::tuple{"inputInitialYDrag", "outputYDrag", 0.0},
+                                                      std::tuple{"inputInitialMagnifyValue", "outputMagnifyValue", 1.0},
+                                                      std::tuple{"inputInitialRotateValue", "outputRotateValue", 0.0}})
+            held_.push_back({&addInput(QString::fromLatin1(input), PortType::Number, initial),
+                             &addOutput(QString::fromLatin1(output), PortType::Number)});
+    }
+    void execute(ExecutionContext&, double) override
+    {
+        for (const auto& [input, output] : held_) setOutput(*output, number(input));
+    }
+
+private:
+    std::vector<std::pair<InputPort*, OutputPort*>> held_;
+};
+
 }  // namespace
 
 void registerDevicePatches(PatchRegistry& registry)
 {
+    registry.add(QStringLiteral("QCMouseInteraction"), factoryOf<MouseInteractionPatch>());
     registry.add(QStringLiteral("QCMouse"), factoryOf<MousePatch>());
     registry.add(QStringLiteral("QCKeyboard"), factoryOf<KeyboardPatch>());
 }

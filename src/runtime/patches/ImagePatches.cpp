@@ -4,9 +4,12 @@
 #include "runtime/CompositionResources.h"
 #include "runtime/ExecutionContext.h"
 #include "runtime/RendererServices.h"
+#include "runtime/patches/ImageOps.h"
 #include "runtime/patches/PatchFamilies.h"
 
 #include <QDir>
+
+#include <cmath>
 
 namespace runtime {
 
@@ -85,6 +88,74 @@ private:
 
 // "Rendering Destination Dimensions": the current destination (the
 // renderer's image, or a Render In Image's).
+// Image Matrix: the image scaled, turned (degrees, counter-clockwise) about
+// its centre, then moved (pixels). A scale of 0 (what the files store when
+// the port was never set) leaves that axis unscaled.
+class ImageMatrixPatch : public Patch {
+public:
+    explicit ImageMatrixPatch(const PatchSetup& setup) : Patch(setup)
+    {
+        image_ = &addInput(QStringLiteral("inputImage"), PortType::Image);
+        for (const char* key : {"inputTranslateX", "inputTranslateY", "inputRotate"})
+            ports_.push_back(&addInput(QString::fromLatin1(key), PortType::Number, 0.0));
+        for (const char* key : {"inputScaleX", "inputScaleY"}) ports_.push_back(&addInput(QString::fromLatin1(key), PortType::Number, 1.0));
+        output_ = &addOutput(QStringLiteral("outputImage"), PortType::Image);
+    }
+    void execute(ExecutionContext&, double) override
+    {
+        const Image image = image_->value.toImage();
+        if (image.isNull()) return setOutput(*output_, Value());
+        const auto scale = [](double s) { return s == 0 || !std::isfinite(s) ? 1.0 : s; };
+        const QPointF centre = image.isInfinite() ? QPointF() : QRectF(image.extent()).center();
+        QTransform t;
+        t.translate(number(ports_[0]), number(ports_[1]));
+        t.translate(centre.x(), centre.y());
+        t.rotate(number(ports_[2]));
+        t.scale(scale(number(ports_[3])), scale(number(ports_[4])));
+        t.translate(-centre.x(), -centre.y());
+        setOutput(*output_, transformImage(image, t));
+    }
+
+private:
+    InputPort* image_;
+    std::vector<InputPort*> ports_;  // translate x, y, rotate, scale x, y
+    OutputPort* output_;
+};
+
+// Image Resize: the image scaled smoothly to inputWidth × inputHeight
+// pixels; a size of 0 or less on an axis keeps that axis. Infinite images
+// pass unchanged.
+class ImageResizePatch : public Patch {
+public:
+    explicit ImageResizePatch(const PatchSetup& setup) : Patch(setup)
+    {
+        image_ = &addInput(QStringLiteral("inputImage"), PortType::Image);
+        width_ = &addInput(QStringLiteral("inputWidth"), PortType::Number, 0.0);
+        height_ = &addInput(QStringLiteral("inputHeight"), PortType::Number, 0.0);
+        addInput(QStringLiteral("inputMode"), PortType::Index, 0);
+        addInput(QStringLiteral("inputCondition"), PortType::Index, 0);
+        output_ = &addOutput(QStringLiteral("outputImage"), PortType::Image);
+    }
+    void execute(ExecutionContext&, double) override
+    {
+        const Image image = image_->value.toImage();
+        if (image.isNull() || image.isInfinite()) return setOutput(*output_, image.isNull() ? Value() : Value(image));
+        const auto side = [](double wanted, int current) {
+            return wanted >= 1 && std::isfinite(wanted) ? int(std::lround(std::min(wanted, double(kMaxSide)))) : current;
+        };
+        const QSize size(side(number(width_), image.pixelSize().width()), side(number(height_), image.pixelSize().height()));
+        if (size == image.pixelSize()) return setOutput(*output_, image);
+        setOutput(*output_, Image::fromRaster(image.raster().scaled(size, Qt::IgnoreAspectRatio, Qt::SmoothTransformation)));
+    }
+
+private:
+    static constexpr int kMaxSide = 8192;
+    InputPort* image_;
+    InputPort* width_;
+    InputPort* height_;
+    OutputPort* output_;
+};
+
 class ScreenInfoPatch : public Patch {
 public:
     explicit ScreenInfoPatch(const PatchSetup& setup) : Patch(setup)
@@ -148,6 +219,8 @@ private:
 
 void registerImagePatches(PatchRegistry& registry)
 {
+    registry.add(QStringLiteral("QCImageMatrix"), factoryOf<ImageMatrixPatch>());
+    registry.add(QStringLiteral("QCImageResize"), factoryOf<ImageResizePatch>());
     registry.add(QStringLiteral("QCImageLoader"), factoryOf<ImageLoaderPatch>());
     registry.add(QStringLiteral("QCImageDimensions"), factoryOf<ImageDimensionsPatch>());
     registry.add(QStringLiteral("QCScreenInfo"), factoryOf<ScreenInfoPatch>());

@@ -20,7 +20,11 @@ void registerStructurePatches(PatchRegistry& registry);  // Structure Member / C
 void registerPlugInPatches(PatchRegistry& registry);     // QCPlugInPatch: our two plug-ins
 void registerScriptPatches(PatchRegistry& registry);     // JavaScript
 void registerGeometryPatches(PatchRegistry& registry);   // Anchor Position
-void registerDevicePatches(PatchRegistry& registry);     // Mouse, Keyboard (no devices while rendering)
+void registerDevicePatches(PatchRegistry& registry);     // Mouse, Keyboard, Mouse Interaction (no devices while rendering)
+void registerNetworkPatches(PatchRegistry& registry);    // Image/XML Downloader, Syndication (fetched off the frame)
+void registerFilePatches(PatchRegistry& registry);       // Directory Scanner
+void registerCompositionPatches(PatchRegistry& registry);  // Patch Renderer, Patch Info, Repository Compositions
+void registerThreeDPatches(PatchRegistry& registry);     // Track Ball, Replicator, Lighting, Sphere, Cube
 
 inline void registerAllPatches(PatchRegistry& registry)
 {
@@ -40,6 +44,10 @@ inline void registerAllPatches(PatchRegistry& registry)
     registerScriptPatches(registry);
     registerGeometryPatches(registry);
     registerDevicePatches(registry);
+    registerThreeDPatches(registry);
+    registerNetworkPatches(registry);
+    registerFilePatches(registry);
+    registerCompositionPatches(registry);
 }
 
 template <class T>

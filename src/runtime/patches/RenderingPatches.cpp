@@ -50,7 +50,7 @@ public:
         height_ = &addInput(QStringLiteral("inputHeight"), PortType::Number, 1.0);
         color_ = &addInput(QStringLiteral("inputColor"), PortType::Color, Color::white());
         blending_ = &addInput(QStringLiteral("inputBlending"), PortType::Index, kImageBlendingDefault);
-        addInput(QStringLiteral("inputZBuffer"), PortType::Index, 0);
+        depth_ = &addInput(QStringLiteral("inputZBuffer"), PortType::Index, 0);
         addInput(QStringLiteral("inputCulling"), PortType::Index, 0);
         addInput(QStringLiteral("_inputInteraction"), PortType::Interaction);
     }
@@ -76,11 +76,13 @@ public:
         quad.color = color_->value.toColor();
         quad.blend = blendModeFromIndex(index(blending_));
         quad.antialias = antialias_;
+        quad.depthTest = index(depth_) != 0;
         context.target()->drawQuad(quad);
     }
 
 private:
     bool antialias_;
+    InputPort* depth_;
     InputPort* image_;
     InputPort* mask_;
     std::vector<InputPort*> position_;

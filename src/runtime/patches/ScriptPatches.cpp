@@ -4,11 +4,13 @@
 //   older: the script reads inputs[i] and sets outputs[i] (ports "input_i",
 //          "output_i", counts from the state).
 // A script that runs longer than a moment is interrupted, so a loop that
-// never ends cannot hang rendering.
+// never ends cannot hang rendering. The renderer's patches share one engine
+// (ScriptEngine.h).
 
+#include "runtime/ExecutionContext.h"
 #include "runtime/RendererServices.h"
 #include "runtime/patches/PatchFamilies.h"
-#include "runtime/patches/ScriptWatchdog.h"
+#include "runtime/patches/ScriptEngine.h"
 
 #include <QJSEngine>
 #include <QRegularExpression>
@@ -17,7 +19,6 @@ namespace runtime {
 
 namespace {
 
-constexpr int kScriptTimeLimitMs = 250;
 constexpr int kMaxArrayPorts = 64;
 
 struct ScriptPort {
@@ -138,66 +139,64 @@ public:
         }
     }
 
-    void execute(ExecutionContext&, double) override
+    void execute(ExecutionContext& context, double) override
     {
         if (failed_) return;
-        if (!engine_) start();
+        ScriptEngine& engine = context.services().scriptEngine();
+        if (main_.isUndefined()) compile(engine);
         if (failed_) return;
+        QJSEngine& js = engine.js();
         QJSValueList arguments;
         for (std::size_t n = 0; n < inputs_.size(); ++n) {
             const auto& ports = inputs_[n];
             const bool array = newMode_ && inputsDeclared_[n].arraySize > 0;
             if (!array) {
-                arguments << toScript(*engine_, ports[0]->value);
+                arguments << toScript(js, ports[0]->value);
                 continue;
             }
-            QJSValue elements = engine_->newArray(uint(ports.size()));
-            for (std::size_t i = 0; i < ports.size(); ++i) elements.setProperty(quint32(i), toScript(*engine_, ports[i]->value));
+            QJSValue elements = js.newArray(uint(ports.size()));
+            for (std::size_t i = 0; i < ports.size(); ++i) elements.setProperty(quint32(i), toScript(js, ports[i]->value));
             arguments << elements;
         }
-        QJSValue result;
-        {
-            ScriptWatchdog::Guard guard(watchdog_, *engine_, kScriptTimeLimitMs);
-            if (newMode_) {
-                result = engine_->globalObject().property(QStringLiteral("main")).call(arguments);
-            } else {
-                QJSValue inputs = engine_->newArray(uint(arguments.size()));
-                for (int i = 0; i < arguments.size(); ++i) inputs.setProperty(quint32(i), arguments[i]);
-                engine_->globalObject().setProperty(QStringLiteral("inputs"), inputs);
-                engine_->globalObject().setProperty(QStringLiteral("outputs"), engine_->newArray(uint(outputs_.size())));
-                result = engine_->evaluate(script_);
-            }
+        if (!newMode_) {
+            QJSValue inputs = js.newArray(uint(arguments.size()));
+            for (int i = 0; i < arguments.size(); ++i) inputs.setProperty(quint32(i), arguments[i]);
+            QJSValue outputs = js.newArray(uint(outputs_.size()));
+            arguments = {inputs, outputs};
         }
-        if (result.isError() || engine_->isInterrupted()) {
-            reportOnce(result.isError() ? result.toString() : QStringLiteral("the script ran too long and was stopped"));
-            engine_->setInterrupted(false);
+        const ScriptEngine::Result result = engine.call(main_, arguments);
+        if (!result.ok()) {
+            reportOnce(result.error);
             return;
         }
         if (newMode_) {
             for (std::size_t i = 0; i < outputs_.size(); ++i)
-                setOutput(*outputs_[i], fromScript(result.property(outputsDeclared_[i].name)));
+                setOutput(*outputs_[i], fromScript(result.value.property(outputsDeclared_[i].name)));
         } else {
-            const QJSValue outputs = engine_->globalObject().property(QStringLiteral("outputs"));
+            const QJSValue& outputs = arguments[1];
             for (std::size_t i = 0; i < outputs_.size(); ++i) setOutput(*outputs_[i], fromScript(outputs.property(quint32(i))));
         }
     }
-    void reset() override { engine_.reset(); }
+    // A fresh closure on the next call: the script's own variables start over.
+    void reset() override { main_ = QJSValue(); }
 
 private:
-    void start()
+    // The script becomes one function, made once: its top-level names stay
+    // in its closure between calls and apart from other scripts'. The older
+    // form's whole text is the function's body.
+    void compile(ScriptEngine& engine)
     {
-        engine_ = std::make_unique<QJSEngine>();
-        engine_->installExtensions(QJSEngine::ConsoleExtension);
-        if (!newMode_) return;  // the older form runs the whole script each time
-        QJSValue result;
-        {
-            ScriptWatchdog::Guard guard(watchdog_, *engine_, kScriptTimeLimitMs);
-            result = engine_->evaluate(script_);
-        }
-        if (result.isError() || engine_->isInterrupted() || !engine_->globalObject().property(QStringLiteral("main")).isCallable()) {
-            reportOnce(result.isError() ? result.toString() : QStringLiteral("the script defines no main function"));
+        const QString program = newMode_
+            ? QStringLiteral("(function () {\n%1\n;\nreturn typeof main === 'function' ? main : undefined; })()").arg(script_)
+            : QStringLiteral("(function (inputs, outputs) {\n%1\n})").arg(script_);
+        ScriptEngine::Result result = engine.evaluate(program);
+        if (result.ok() && !result.value.isCallable()) result.error = QStringLiteral("the script defines no main function");
+        if (!result.ok()) {
+            reportOnce(result.error);
             failed_ = true;
+            return;
         }
+        main_ = result.value;
     }
     void reportOnce(const QString& message)
     {
@@ -211,8 +210,7 @@ private:
     std::vector<ScriptPort> inputsDeclared_, outputsDeclared_;
     std::vector<std::vector<InputPort*>> inputs_;
     std::vector<OutputPort*> outputs_;
-    std::unique_ptr<QJSEngine> engine_;
-    ScriptWatchdog watchdog_;
+    QJSValue main_;  // the compiled script; undefined until the first call
     bool failed_ = false;
     bool reported_ = false;
 };

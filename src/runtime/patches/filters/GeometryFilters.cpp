@@ -66,6 +66,25 @@ Image affineTile(const FilterInputs& in)
     });
 }
 
+// The image's edge pixels repeated outward without end, then transformed
+// (what a blur of an image needs so that it does not fade at the edges).
+Image affineClamp(const FilterInputs& in)
+{
+    const Image image = in.image();
+    const QTransform t = transformFromPorts(in);
+    if (image.isNull() || !t.isInvertible()) return {};
+    if (image.isInfinite()) return transformImage(image, t);
+    const QRect extent = image.extent();
+    const QTransform toSource = t.inverted();
+    return shadeImage(SourcePixels::of(image, QRectF(extent)), std::nullopt, [toSource, extent](const SourcePixels& source, double x, double y) {
+        const QPointF s = toSource.map(QPointF(x, y));
+        // Pixel centres lie half a pixel inside the extent.
+        const double cx = std::clamp(s.x(), extent.left() + 0.5, extent.left() + extent.width() - 0.5);
+        const double cy = std::clamp(s.y(), extent.top() + 0.5, extent.top() + extent.height() - 0.5);
+        return source.at(cx, cy);
+    });
+}
+
 // Scale, then the aspect ratio stretches x. Qt's smooth scaling stands in
 // for the Lanczos kernel.
 Image lanczosScale(const FilterInputs& in)
@@ -160,6 +179,7 @@ const std::vector<FilterDefinition>& geometryFilters()
          crop},
         {"CIAffineTransform", transformPorts(), affineTransform},
         {"CIAffineTile", transformPorts(), affineTile},
+        {"CIAffineClamp", transformPorts(), affineClamp},
         {"CILanczosScaleTransform", {imagePort(), numberPort("inputScale", 1), numberPort("inputAspectRatio", 1)}, lanczosScale},
         {"CITriangleTile",
          {imagePort(), numberPort("inputCenter_X", 150), numberPort("inputCenter_Y", 150), numberPort("inputAngle", 0),

@@ -1,0 +1,257 @@
+#include "runtime/gl/GlBackend.h"
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <optional>
+
+namespace runtime {
+
+namespace {
+
+constexpr int kSamples = 4;  // multisampling stands for the raster backend's anti-aliasing
+
+float clamp01(double v)
+{
+    return std::isnan(v) ? 0.0f : float(std::clamp(v, 0.0, 1.0));
+}
+
+// Eye at (0, 0, kEyeDistance) looking down −z; at z = 0 one unit across is
+// half the destination's width, as the raster backend projects.
+QMatrix4x4 projectionFor(QSize size, const QTransform& view)
+{
+    const float aspect = float(size.width()) / float(std::max(1, size.height()));
+    const float d = float(kEyeDistance);
+    const float nearPlane = 0.01f, farPlane = 100.0f;
+    QMatrix4x4 perspective;
+    perspective.frustum(-nearPlane / d, nearPlane / d, -nearPlane / (d * aspect), nearPlane / (d * aspect), nearPlane, farPlane);
+    perspective.translate(0, 0, -d);
+    if (view.isIdentity()) return perspective;
+    // The view maps units to units; clip space's y is units × aspect.
+    QMatrix4x4 toUnits, fromUnits, units(view);
+    toUnits.scale(1.0f, 1.0f / aspect);
+    fromUnits.scale(1.0f, aspect);
+    return fromUnits * units * toUnits * perspective;
+}
+
+struct Vertex {
+    float x, y, z, s, t;
+};
+
+// An image drawn at its own size, unrotated, lands on whole pixels as the
+// raster backend puts it (half a pixel rounds right and down, as
+// QPainter's blit does), rather
+// than filtered half a pixel off: the shift to add in clip space, or none.
+std::optional<QVector2D> blitShift(const QMatrix4x4& matrix, const QRectF& r, QSize image, QSize target)
+{
+    const QVector4D lowerLeft = matrix * QVector4D(float(r.left()), float(r.top()), 0, 1);
+    const QVector4D upperRight = matrix * QVector4D(float(r.right()), float(r.bottom()), 0, 1);
+    const QVector4D lowerRight = matrix * QVector4D(float(r.right()), float(r.top()), 0, 1);
+    if (lowerLeft.w() <= 0 || std::abs(lowerLeft.w() - upperRight.w()) > 1e-6f || std::abs(lowerLeft.w() - lowerRight.w()) > 1e-6f)
+        return std::nullopt;
+    const auto pixel = [&](const QVector4D& c) {
+        return QPointF((c.x() / c.w() + 1.0) * target.width() / 2.0, (1.0 - c.y() / c.w()) * target.height() / 2.0);
+    };
+    const QPointF ll = pixel(lowerLeft), ur = pixel(upperRight), lr = pixel(lowerRight);
+    constexpr double kSlack = 1e-3;
+    if (std::abs(ll.y() - lr.y()) > kSlack || std::abs(lr.x() - ur.x()) > kSlack) return std::nullopt;  // turned
+    if (std::abs(ur.x() - ll.x() - image.width()) > kSlack || std::abs(ll.y() - ur.y() - image.height()) > kSlack)
+        return std::nullopt;  // scaled or mirrored
+    const double left = ll.x(), top = ur.y();
+        // Within the slack of a half, the projection's rounding must not decide.
+    const double dx = std::floor(left + 0.5 + kSlack) - left, dy = std::floor(top + 0.5 + kSlack) - top;
+    return QVector2D(float(2.0 * dx / target.width()), float(-2.0 * dy / target.height()));
+}
+
+}  // namespace
+
+GlTarget::GlTarget(GlBackend& backend, QSize pixelSize)
+    : backend_(backend), size_(pixelSize.expandedTo(QSize(1, 1))), projection_(projectionFor(size_, {}))
+{
+    if (!backend_.context().makeCurrent()) return;
+    QOpenGLFramebufferObjectFormat format;
+    format.setAttachment(QOpenGLFramebufferObject::CombinedDepthStencil);
+    format.setSamples(kSamples);
+    fbo_ = std::make_unique<QOpenGLFramebufferObject>(size_, format);
+    clear(Color::transparentBlack());
+}
+
+GlTarget::GlTarget(GlBackend& backend, QImage* external, const QTransform& view) : GlTarget(backend, external->size())
+{
+    external_ = external;
+    projection_ = projectionFor(size_, view);
+    if (!bind() || external->isNull()) return;
+    // The caller's pixels are the starting picture.
+    QOpenGLFunctions& gl = backend_.context().functions();
+    const GLuint id = backend_.texture(*external, 0, false);
+    QuadDraw whole;
+    whole.rect = QRectF(-1, -1, 2, 2);
+    whole.blend = BlendMode::Replace;
+    whole.antialias = false;
+    const QMatrix4x4 saved = projection_;
+    projection_ = QMatrix4x4();  // the rect above is clip space
+    QOpenGLShaderProgram& program = backend_.context().quadProgram();
+    program.bind();
+    program.setUniformValue("hasImage", true);
+    program.setUniformValue("hasMask", false);
+    program.setUniformValue("image", 0);
+    program.setUniformValue("color", QVector4D(1, 1, 1, 1));
+    program.setUniformValue("matrix", projection_);
+    gl.glActiveTexture(GL_TEXTURE0);
+    gl.glBindTexture(GL_TEXTURE_2D, id);
+    gl.glDisable(GL_BLEND);
+    const std::array<Vertex, 4> corners{{{-1, -1, 0, 0, 1}, {1, -1, 0, 1, 1}, {1, 1, 0, 1, 0}, {-1, 1, 0, 0, 0}}};
+    const int position = program.attributeLocation("position"), texCoord = program.attributeLocation("texCoord");
+    program.enableAttributeArray(position);
+    program.enableAttributeArray(texCoord);
+    program.setAttributeArray(position, GL_FLOAT, &corners[0].x, 3, sizeof(Vertex));
+    program.setAttributeArray(texCoord, GL_FLOAT, &corners[0].s, 2, sizeof(Vertex));
+    gl.glDrawArrays(GL_TRIANGLE_FAN, 0, 4);
+    program.disableAttributeArray(position);
+    program.disableAttributeArray(texCoord);
+    gl.glDeleteTextures(1, &id);
+    projection_ = saved;
+}
+
+GlTarget::~GlTarget()
+{
+    // The framebuffer's objects go with the context current.
+    if (backend_.context().makeCurrent()) {
+        fbo_.reset();
+        resolved_.reset();
+    }
+}
+
+bool GlTarget::bind() const
+{
+    if (!fbo_ || !backend_.context().makeCurrent() || !fbo_->bind()) return false;
+    backend_.context().functions().glViewport(0, 0, size_.width(), size_.height());
+    return true;
+}
+
+void GlTarget::clear(const Color& color)
+{
+    if (!bind()) return;
+    snapshot_ = {};
+    QOpenGLFunctions& gl = backend_.context().functions();
+    const float a = clamp01(color.alpha);
+    gl.glClearColor(clamp01(color.red) * a, clamp01(color.green) * a, clamp01(color.blue) * a, a);
+    gl.glClearDepthf(1.0f);
+    gl.glClear(GL_COLOR_BUFFER_BIT | GL_DEPTH_BUFFER_BIT | GL_STENCIL_BUFFER_BIT);
+}
+
+void GlTarget::drawQuad(const QuadDraw& quad)
+{
+    if (quad.rect.width() == 0 || quad.rect.height() == 0 || !bind()) return;
+    snapshot_ = {};
+    QOpenGLFunctions& gl = backend_.context().functions();
+    QOpenGLShaderProgram& program = backend_.context().quadProgram();
+    program.bind();
+
+    GLuint temporary[2] = {0, 0};
+    const auto bindImage = [&](const Image& image, int unit, GLuint& made) {
+        // Generators are drawn as the region the destination covers at one
+        // image pixel per destination pixel, as on the raster backend.
+        const bool finite = !image.isInfinite();
+        const QImage raster = finite ? image.raster() : image.renderRegion(QRect(QPoint(0, 0), size_));
+        const GLuint id = backend_.texture(raster, finite ? image.cacheKey() : 0, finite);
+        if (!finite) made = id;
+        gl.glActiveTexture(GLenum(GL_TEXTURE0 + unit));
+        gl.glBindTexture(GL_TEXTURE_2D, id);
+    };
+    const bool hasImage = !quad.image.isNull(), hasMask = hasImage && !quad.mask.isNull();
+    if (hasImage) bindImage(quad.image, 0, temporary[0]);
+    if (hasMask) bindImage(quad.mask, 1, temporary[1]);
+    gl.glActiveTexture(GL_TEXTURE0);
+
+    const float a = clamp01(quad.color.alpha);
+    program.setUniformValue("hasImage", hasImage);
+    program.setUniformValue("hasMask", hasMask);
+    program.setUniformValue("image", 0);
+    program.setUniformValue("mask", 1);
+    program.setUniformValue("color", QVector4D(clamp01(quad.color.red) * a, clamp01(quad.color.green) * a,
+                                               clamp01(quad.color.blue) * a, a));
+    QMatrix4x4 matrix = projection_ * quad.transform;
+    if (hasImage && !quad.image.isInfinite() && !hasMask)
+        if (const auto shift = blitShift(matrix, quad.rect, quad.image.pixelSize(), size_)) {
+            QMatrix4x4 snap;
+            snap.translate(shift->x(), shift->y());
+            matrix = snap * matrix;
+        }
+    program.setUniformValue("matrix", matrix);
+
+    switch (quad.blend) {
+    case BlendMode::Replace: gl.glDisable(GL_BLEND); break;
+    case BlendMode::Over:
+        gl.glEnable(GL_BLEND);
+        gl.glBlendFunc(GL_ONE, GL_ONE_MINUS_SRC_ALPHA);
+        break;
+    case BlendMode::Add:
+        gl.glEnable(GL_BLEND);
+        gl.glBlendFunc(GL_ONE, GL_ONE);
+        break;
+    }
+    if (quad.depthTest) {
+        gl.glEnable(GL_DEPTH_TEST);
+        gl.glDepthFunc(GL_LEQUAL);
+        gl.glDepthMask(GL_TRUE);
+    } else {
+        gl.glDisable(GL_DEPTH_TEST);
+    }
+    gl.glDisable(GL_CULL_FACE);
+    if (quad.antialias) gl.glEnable(GL_MULTISAMPLE);
+    else gl.glDisable(GL_MULTISAMPLE);
+
+    // rect.top() is the lower edge (y up); the image's top row is t = 0.
+    const QRectF r = quad.rect;
+    const std::array<Vertex, 4> corners{{{float(r.left()), float(r.top()), 0, 0, 1},
+                                         {float(r.right()), float(r.top()), 0, 1, 1},
+                                         {float(r.right()), float(r.bottom()), 0, 1, 0},
+                                         {float(r.left()), float(r.bottom()), 0, 0, 0}}};
+    const int position = program.attributeLocation("position"), texCoord = program.attributeLocation("texCoord");
+    program.enableAttributeArray(position);
+    program.enableAttributeArray(texCoord);
+    program.setAttributeArray(position, GL_FLOAT, &corners[0].x, 3, sizeof(Vertex));
+    program.setAttributeArray(texCoord, GL_FLOAT, &corners[0].s, 2, sizeof(Vertex));
+    gl.glDrawArrays(GL_TRIANGLE_FAN, 0, 4);
+    program.disableAttributeArray(position);
+    program.disableAttributeArray(texCoord);
+    gl.glDisable(GL_DEPTH_TEST);
+    for (GLuint id : temporary)
+        if (id) gl.glDeleteTextures(1, &id);
+}
+
+Image GlTarget::snapshot() const
+{
+    if (!snapshot_.isNull()) return snapshot_;
+    QImage pixels(size_, QImage::Format_ARGB32_Premultiplied);
+    if (!bind()) {
+        pixels.fill(Qt::transparent);
+        return Image::fromRaster(pixels);
+    }
+    // The multisampled buffer resolves into a plain one, kept for the next
+    // frame (QOpenGLFramebufferObject::toImage would make one each time).
+    QOpenGLFramebufferObject* source = fbo_.get();
+    if (fbo_->format().samples() > 0) {
+        if (!resolved_) resolved_ = std::make_unique<QOpenGLFramebufferObject>(size_);
+        QOpenGLFramebufferObject::blitFramebuffer(resolved_.get(), fbo_.get());
+        source = resolved_.get();
+    }
+    source->bind();
+    // BGRA bytes are premultiplied ARGB32 on the little-endian machines we
+    // build for: read straight into the image, then turn it top row first.
+    static_assert(Q_BYTE_ORDER == Q_LITTLE_ENDIAN);
+    QOpenGLFunctions& gl = backend_.context().functions();
+    gl.glPixelStorei(GL_PACK_ALIGNMENT, 4);
+    gl.glReadPixels(0, 0, size_.width(), size_.height(), GL_BGRA, GL_UNSIGNED_BYTE, pixels.bits());
+    pixels.mirror();
+    snapshot_ = Image::fromRaster(std::move(pixels));
+    return snapshot_;
+}
+
+void GlTarget::finish()
+{
+    if (external_ && isValid()) *external_ = snapshot().raster();
+}
+
+}  // namespace runtime
