@@ -11,7 +11,7 @@
 //    640×360 (scripts compiled, images decoded); under 2 s each.
 //  - BM_ScriptsInIterator: ten JavaScript patches inside a 100-pass
 //    iterator, a frame of 1 000 script calls.
-#include "AllocationCounter.h"
+#include "../tests/support/AllocationCounter.h"
 #include "BenchTools.h"
 #include "runtime/BackendFactory.h"
 #include "runtime/Composition.h"
@@ -122,14 +122,14 @@ void renderBroadcastFrame(benchmark::State& state, bool changingText, runtime::B
     renderer.render(0.02);  // still layers are pictured from their second draw on
     double t = 0;
     int frame = 0;
-    const std::uint64_t allocationsBefore = bench::allocationCount();
+    const std::uint64_t allocationsBefore = counting::heapAllocationCount();
     for (auto _ : state) {
         if (changingText) renderer.setInputValue("Ticker", QStringLiteral("Live from the studio, frame %1").arg(++frame));
         renderer.render(t += 0.04);
         benchmark::DoNotOptimize(renderer.snapshot().constBits());
     }
     state.counters["allocations/frame"] = benchmark::Counter(
-        double(bench::allocationCount() - allocationsBefore), benchmark::Counter::kAvgIterations);
+        double(counting::heapAllocationCount() - allocationsBefore), benchmark::Counter::kAvgIterations);
 }
 
 // Ten scripts chained inside an iterator of 100 passes; half in the older
@@ -165,10 +165,10 @@ void BM_ScriptsInIterator(benchmark::State& state)
     runtime::Renderer renderer(iteratedScripts(), QSize(64, 36), runtime::BackendPreference::Raster);
     renderer.render(0);
     double t = 0;
-    const std::uint64_t allocationsBefore = bench::allocationCount();
+    const std::uint64_t allocationsBefore = counting::heapAllocationCount();
     for (auto _ : state) renderer.render(t += 0.04);
     state.counters["allocations/call"] = benchmark::Counter(
-        double(bench::allocationCount() - allocationsBefore) / 1000.0, benchmark::Counter::kAvgIterations);
+        double(counting::heapAllocationCount() - allocationsBefore) / 1000.0, benchmark::Counter::kAvgIterations);
 }
 BENCHMARK(BM_ScriptsInIterator)->Unit(benchmark::kMillisecond);
 

@@ -3,6 +3,7 @@
 
 #include "runtime/Lighting.h"
 #include "runtime/gl/GlBackend.h"
+#include "runtime/gl/GlDrawing.h"
 
 #include <algorithm>
 #include <cmath>
@@ -10,13 +11,9 @@
 namespace runtime {
 
 namespace {
-float unit(double v)
-{
-    return std::isnan(v) ? 0.0f : float(std::clamp(v, 0.0, 1.0));
-}
 QVector3D rgb(const Color& c)
 {
-    return QVector3D(unit(c.red), unit(c.green), unit(c.blue));
+    return QVector3D(unitChannel(c.red), unitChannel(c.green), unitChannel(c.blue));
 }
 }  // namespace
 
@@ -40,7 +37,7 @@ void GlTarget::drawMesh(const MeshDraw& mesh)
     }
     program.setUniformValue("hasImage", hasImage);
     program.setUniformValue("image", 0);
-    program.setUniformValue("color", QVector4D(rgb(mesh.color), unit(mesh.color.alpha)));
+    program.setUniformValue("color", QVector4D(rgb(mesh.color), unitChannel(mesh.color.alpha)));
     program.setUniformValue("matrix", projection() * mesh.transform);
     program.setUniformValue("modelView", mesh.transform);
     program.setUniformValue("normalMatrix", mesh.transform.normalMatrix());
@@ -63,24 +60,7 @@ void GlTarget::drawMesh(const MeshDraw& mesh)
         }
     }
 
-    switch (mesh.blend) {
-    case BlendMode::Replace: gl.glDisable(GL_BLEND); break;
-    case BlendMode::Over:
-        gl.glEnable(GL_BLEND);
-        gl.glBlendFunc(GL_ONE, GL_ONE_MINUS_SRC_ALPHA);
-        break;
-    case BlendMode::Add:
-        gl.glEnable(GL_BLEND);
-        gl.glBlendFunc(GL_ONE, GL_ONE);
-        break;
-    }
-    if (mesh.depthTest) {
-        gl.glEnable(GL_DEPTH_TEST);
-        gl.glDepthFunc(GL_LEQUAL);
-        gl.glDepthMask(GL_TRUE);
-    } else {
-        gl.glDisable(GL_DEPTH_TEST);
-    }
+    applyBlendAndDepth(gl, mesh.blend, mesh.depthTest);
     if (mesh.culling == Culling::None) {
         gl.glDisable(GL_CULL_FACE);
     } else {

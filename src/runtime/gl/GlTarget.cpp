@@ -1,4 +1,5 @@
 #include "runtime/gl/GlBackend.h"
+#include "runtime/gl/GlDrawing.h"
 
 #include <algorithm>
 #include <array>
@@ -11,10 +12,6 @@ namespace {
 
 constexpr int kSamples = 4;  // multisampling stands for the raster backend's anti-aliasing
 
-float clamp01(double v)
-{
-    return std::isnan(v) ? 0.0f : float(std::clamp(v, 0.0, 1.0));
-}
 
 // Eye at (0, 0, kEyeDistance) looking down −z; at z = 0 one unit across is
 // half the destination's width, as the raster backend projects.
@@ -34,9 +31,6 @@ QMatrix4x4 projectionFor(QSize size, const QTransform& view)
     return fromUnits * units * toUnits * perspective;
 }
 
-struct Vertex {
-    float x, y, z, s, t;
-};
 
 // An image drawn at its own size, unrotated, lands on whole pixels as the
 // raster backend puts it (half a pixel rounds right and down, as
@@ -100,15 +94,8 @@ GlTarget::GlTarget(GlBackend& backend, QImage* external, const QTransform& view)
     gl.glActiveTexture(GL_TEXTURE0);
     gl.glBindTexture(GL_TEXTURE_2D, id);
     gl.glDisable(GL_BLEND);
-    const std::array<Vertex, 4> corners{{{-1, -1, 0, 0, 1}, {1, -1, 0, 1, 1}, {1, 1, 0, 1, 0}, {-1, 1, 0, 0, 0}}};
-    const int position = program.attributeLocation("position"), texCoord = program.attributeLocation("texCoord");
-    program.enableAttributeArray(position);
-    program.enableAttributeArray(texCoord);
-    program.setAttributeArray(position, GL_FLOAT, &corners[0].x, 3, sizeof(Vertex));
-    program.setAttributeArray(texCoord, GL_FLOAT, &corners[0].s, 2, sizeof(Vertex));
-    gl.glDrawArrays(GL_TRIANGLE_FAN, 0, 4);
-    program.disableAttributeArray(position);
-    program.disableAttributeArray(texCoord);
+    const std::array<QuadVertex, 4> corners{{{-1, -1, 0, 0, 1}, {1, -1, 0, 1, 1}, {1, 1, 0, 1, 0}, {-1, 1, 0, 0, 0}}};
+    drawCorners(program, gl, corners);
     gl.glDeleteTextures(1, &id);
     projection_ = saved;
 }
@@ -134,8 +121,8 @@ void GlTarget::clear(const Color& color)
     if (!bind()) return;
     snapshot_ = {};
     QOpenGLFunctions& gl = backend_.context().functions();
-    const float a = clamp01(color.alpha);
-    gl.glClearColor(clamp01(color.red) * a, clamp01(color.green) * a, clamp01(color.blue) * a, a);
+    const float a = unitChannel(color.alpha);
+    gl.glClearColor(unitChannel(color.red) * a, unitChannel(color.green) * a, unitChannel(color.blue) * a, a);
     gl.glClearDepthf(1.0f);
     gl.glClear(GL_COLOR_BUFFER_BIT | GL_DEPTH_BUFFER_BIT | GL_STENCIL_BUFFER_BIT);
 }
@@ -164,13 +151,13 @@ void GlTarget::drawQuad(const QuadDraw& quad)
     if (hasMask) bindImage(quad.mask, 1, temporary[1]);
     gl.glActiveTexture(GL_TEXTURE0);
 
-    const float a = clamp01(quad.color.alpha);
+    const float a = unitChannel(quad.color.alpha);
     program.setUniformValue("hasImage", hasImage);
     program.setUniformValue("hasMask", hasMask);
     program.setUniformValue("image", 0);
     program.setUniformValue("mask", 1);
-    program.setUniformValue("color", QVector4D(clamp01(quad.color.red) * a, clamp01(quad.color.green) * a,
-                                               clamp01(quad.color.blue) * a, a));
+    program.setUniformValue("color", QVector4D(unitChannel(quad.color.red) * a, unitChannel(quad.color.green) * a,
+                                               unitChannel(quad.color.blue) * a, a));
     QMatrix4x4 matrix = projection_ * quad.transform;
     if (hasImage && !quad.image.isInfinite() && !hasMask)
         if (const auto shift = blitShift(matrix, quad.rect, quad.image.pixelSize(), size_)) {
@@ -180,42 +167,18 @@ void GlTarget::drawQuad(const QuadDraw& quad)
         }
     program.setUniformValue("matrix", matrix);
 
-    switch (quad.blend) {
-    case BlendMode::Replace: gl.glDisable(GL_BLEND); break;
-    case BlendMode::Over:
-        gl.glEnable(GL_BLEND);
-        gl.glBlendFunc(GL_ONE, GL_ONE_MINUS_SRC_ALPHA);
-        break;
-    case BlendMode::Add:
-        gl.glEnable(GL_BLEND);
-        gl.glBlendFunc(GL_ONE, GL_ONE);
-        break;
-    }
-    if (quad.depthTest) {
-        gl.glEnable(GL_DEPTH_TEST);
-        gl.glDepthFunc(GL_LEQUAL);
-        gl.glDepthMask(GL_TRUE);
-    } else {
-        gl.glDisable(GL_DEPTH_TEST);
-    }
+    applyBlendAndDepth(gl, quad.blend, quad.depthTest);
     gl.glDisable(GL_CULL_FACE);
     if (quad.antialias) gl.glEnable(GL_MULTISAMPLE);
     else gl.glDisable(GL_MULTISAMPLE);
 
     // rect.top() is the lower edge (y up); the image's top row is t = 0.
     const QRectF r = quad.rect;
-    const std::array<Vertex, 4> corners{{{float(r.left()), float(r.top()), 0, 0, 1},
+    const std::array<QuadVertex, 4> corners{{{float(r.left()), float(r.top()), 0, 0, 1},
                                          {float(r.right()), float(r.top()), 0, 1, 1},
                                          {float(r.right()), float(r.bottom()), 0, 1, 0},
                                          {float(r.left()), float(r.bottom()), 0, 0, 0}}};
-    const int position = program.attributeLocation("position"), texCoord = program.attributeLocation("texCoord");
-    program.enableAttributeArray(position);
-    program.enableAttributeArray(texCoord);
-    program.setAttributeArray(position, GL_FLOAT, &corners[0].x, 3, sizeof(Vertex));
-    program.setAttributeArray(texCoord, GL_FLOAT, &corners[0].s, 2, sizeof(Vertex));
-    gl.glDrawArrays(GL_TRIANGLE_FAN, 0, 4);
-    program.disableAttributeArray(position);
-    program.disableAttributeArray(texCoord);
+    drawCorners(program, gl, corners);
     gl.glDisable(GL_DEPTH_TEST);
     for (GLuint id : temporary)
         if (id) gl.glDeleteTextures(1, &id);

@@ -3,7 +3,7 @@
 // no engine per call, no compile per call, no memory mapping per call.
 
 #include "../CompositionBuilder.h"
-#include "SystemCallCounter.h"
+#include "../../support/AllocationCounter.h"
 
 #include <gtest/gtest.h>
 
@@ -48,18 +48,18 @@ std::unique_ptr<runtime::Renderer> iteratedScripts()
 
 TEST(ScriptAllocation, IteratedScriptsNeitherMapMemoryNorAllocatePerCall)
 {
-    if (!test::allocationCountingAvailable()) GTEST_SKIP() << "allocations cannot be counted under the address sanitizer";
+    if (!counting::allocationCountingAvailable()) GTEST_SKIP() << "allocations cannot be counted under the address sanitizer";
     auto renderer = iteratedScripts();
     // The first frames compile the scripts and let the engine's heap grow.
     for (int frame = 0; frame < 3; ++frame) renderer->render(frame * 0.1);
 
-    const std::uint64_t mappedBefore = test::mappingCount();
-    const std::uint64_t allocatedBefore = test::heapAllocationCount();
+    const std::uint64_t mappedBefore = counting::mappingCount();
+    const std::uint64_t allocatedBefore = counting::heapAllocationCount();
     constexpr int kFrames = 3;
     for (int frame = 0; frame < kFrames; ++frame) renderer->render(1.0 + frame * 0.1);
     const double calls = double(kFrames) * kScripts * kIterations;
-    const double mappingsPerCall = double(test::mappingCount() - mappedBefore) / calls;
-    const double allocationsPerCall = double(test::heapAllocationCount() - allocatedBefore) / calls;
+    const double mappingsPerCall = double(counting::mappingCount() - mappedBefore) / calls;
+    const double allocationsPerCall = double(counting::heapAllocationCount() - allocatedBefore) / calls;
 
     // A garbage collection may map a chunk now and then; a mapping per call
     // is the fault this guards against.

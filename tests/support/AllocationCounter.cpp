@@ -1,8 +1,9 @@
 // Counting wrappers around glibc's own malloc and the raw mmap system call.
-// The executable's definitions take precedence over the C library's for
-// every shared library that calls them.
+// Linked into the executable that counts (never into a library): its
+// definitions take precedence over the C library's for every shared library
+// that calls them.
 
-#include "SystemCallCounter.h"
+#include "AllocationCounter.h"
 
 #include <atomic>
 #include <cstddef>
@@ -18,11 +19,11 @@ std::atomic<std::uint64_t> heapAllocations{0};
 std::atomic<std::uint64_t> mappings{0};
 }  // namespace
 
-namespace test {
+namespace counting {
 bool allocationCountingAvailable() { return VELLORAN_COUNTING; }
 std::uint64_t heapAllocationCount() { return heapAllocations.load(std::memory_order_relaxed); }
 std::uint64_t mappingCount() { return mappings.load(std::memory_order_relaxed); }
-}  // namespace test
+}  // namespace counting
 
 #if VELLORAN_COUNTING
 
