@@ -2,6 +2,7 @@
 // without the editor. Every change is saved through the document's own save,
 // so the package gets its composition file, info file and thumbnail.
 
+#include "cli/Arguments.h"
 #include "cli/Command.h"
 #include "cli/DocEdits.h"
 #include "cli/DocJson.h"
@@ -191,13 +192,12 @@ int runDump(const QStringList& args, Streams& io)
 {
     QStringList rest = args;
     std::optional<double> time;
-    const qsizetype at = rest.indexOf(QStringLiteral("--time"));
-    if (at >= 0) {
+    bool missing = false;
+    if (const auto text = takeOption(rest, QStringLiteral("--time"), &missing); text || missing) {
         bool ok = false;
-        const double t = at + 1 < rest.size() ? rest[at + 1].toDouble(&ok) : 0.0;
+        const double t = text ? text->toDouble(&ok) : 0.0;
         if (!ok || !std::isfinite(t)) return usage(io, QStringLiteral("--time needs a number of seconds"));
         time = t;
-        rest.remove(at, 2);
     }
     if (rest.size() != 1 || rest[0].startsWith(QLatin1String("--"))) return usage(io, QStringLiteral("doc dump needs one document"));
     auto document = openDocument(rest[0], io);
@@ -266,13 +266,9 @@ int runRecover(const QStringList& arguments, Streams& io)
 int runSchema(const QStringList& args, Streams& io)
 {
     QStringList rest = args;
-    QString output;
-    const qsizetype at = rest.indexOf(QStringLiteral("-o"));
-    if (at >= 0) {
-        if (at + 1 >= rest.size()) return usage(io, QStringLiteral("-o needs a file"));
-        output = rest[at + 1];
-        rest.remove(at, 2);
-    }
+    bool missing = false;
+    const QString output = takeOption(rest, QStringLiteral("-o"), &missing).value_or(QString());
+    if (missing) return usage(io, QStringLiteral("-o needs a file"));
     if (rest.size() != 1 || rest[0].startsWith(QLatin1Char('-'))) return usage(io, QStringLiteral("doc schema needs one document"));
     auto document = openDocument(rest[0], io);
     if (!document) return kFailure;
@@ -292,14 +288,10 @@ int runThumbnails(const QStringList& args, Streams& io)
 {
     QStringList rest = args;
     QSize size;
-    const qsizetype at = rest.indexOf(QStringLiteral("--size"));
-    if (at >= 0) {
-        const QStringList parts = at + 1 < rest.size() ? rest[at + 1].split(QLatin1Char('x')) : QStringList();
-        bool w = false, h = false;
-        if (parts.size() == 2) size = QSize(parts[0].toInt(&w), parts[1].toInt(&h));
-        if (!w || !h || size.width() <= 0 || size.height() <= 0 || size.width() > 16384 || size.height() > 16384)
-            return usage(io, QStringLiteral("--size needs WIDTHxHEIGHT"));
-        rest.remove(at, 2);
+    bool missing = false;
+    if (const auto text = takeOption(rest, QStringLiteral("--size"), &missing); text || missing) {
+        const QString problem = text ? readFrameSize(*text, &size) : QStringLiteral("--size needs WIDTHxHEIGHT");
+        if (!problem.isEmpty()) return usage(io, problem);
     }
     if (rest.size() != 2 || rest[0].startsWith(QLatin1Char('-')) || rest[1].startsWith(QLatin1Char('-')))
         return usage(io, QStringLiteral("doc thumbnails needs a document and a folder"));
@@ -318,15 +310,15 @@ int runCheckText(const QStringList& args, Streams& io)
 {
     QStringList rest = args;
     QStringList samples;
-    const qsizetype at = rest.indexOf(QStringLiteral("--samples"));
-    if (at >= 0) {
-        if (at + 1 >= rest.size()) return usage(io, QStringLiteral("--samples needs a file"));
-        QFile file(rest[at + 1]);
-        if (!file.open(QIODevice::ReadOnly | QIODevice::Text)) return failure(io, QStringLiteral("cannot read %1").arg(rest[at + 1]));
+    bool missing = false;
+    const std::optional<QString> samplesFile = takeOption(rest, QStringLiteral("--samples"), &missing);
+    if (missing) return usage(io, QStringLiteral("--samples needs a file"));
+    if (samplesFile) {
+        QFile file(*samplesFile);
+        if (!file.open(QIODevice::ReadOnly | QIODevice::Text)) return failure(io, QStringLiteral("cannot read %1").arg(*samplesFile));
         for (const QString& line : QString::fromUtf8(file.readAll()).split(QLatin1Char('\n')))
             if (!line.trimmed().isEmpty()) samples.append(line);
-        if (samples.isEmpty()) return failure(io, QStringLiteral("%1 holds no sample text").arg(rest[at + 1]));
-        rest.remove(at, 2);
+        if (samples.isEmpty()) return failure(io, QStringLiteral("%1 holds no sample text").arg(*samplesFile));
     }
     if (rest.size() != 1 || rest[0].startsWith(QLatin1Char('-'))) return usage(io, QStringLiteral("doc check-text needs one document"));
     auto document = openDocument(rest[0], io);

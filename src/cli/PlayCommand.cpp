@@ -2,6 +2,7 @@
 //     [--from S] [--to S] [--trigger-at S]... [--size WxH] [--backend gl|raster] [--background]
 // Every frame of the template as keyed playout plays it, into files.
 
+#include "cli/Arguments.h"
 #include "cli/Command.h"
 #include "document/CompositionDocument.h"
 #include "playout/MovieWriter.h"
@@ -26,7 +27,6 @@ namespace cli {
 
 namespace {
 
-constexpr int kMaxSide = 16384;
 constexpr const char* kUsageText =
     "usage: velloran-cli play DOC.composition (--png DIR | --video FILE.mov) [--codec prores|animation]\n"
     "                         [--from S] [--to S] [--trigger-at S]... [--size WxH] [--backend gl|raster] [--background]\n";
@@ -79,12 +79,8 @@ QString parseArguments(const QStringList& args, PlayRequest& r)
             if (!preference) return QStringLiteral("--backend is gl or raster");
             r.backend = preference;
         } else if (a == QLatin1String("--size")) {
-            static const QRegularExpression re(QStringLiteral("^(\\d{1,5})x(\\d{1,5})$"));
-            const auto m = hasValue ? re.match(args[++i]) : QRegularExpressionMatch();
-            if (!m.hasMatch()) return QStringLiteral("--size needs WIDTHxHEIGHT");
-            r.size = QSize(m.captured(1).toInt(), m.captured(2).toInt());
-            if (r.size.isEmpty() || r.size.width() > kMaxSide || r.size.height() > kMaxSide)
-                return QStringLiteral("--size must be between 1x1 and %1x%1").arg(kMaxSide);
+            if (!hasValue) return QStringLiteral("--size needs WIDTHxHEIGHT");
+            if (const QString problem = readFrameSize(args[++i], &r.size); !problem.isEmpty()) return problem;
         } else if (a == QLatin1String("--background")) {
             r.background = true;
         } else if (a.startsWith(QLatin1Char('-')) || !r.document.isEmpty()) {

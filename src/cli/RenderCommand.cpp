@@ -1,5 +1,6 @@
 // velloran-cli render FILE.qtz|DOC.composition --time T [--size WxH] [--backend gl|raster] [--input KEY=VALUE]... -o OUT.png
 
+#include "cli/Arguments.h"
 #include "cli/Command.h"
 #include "document/CompositionDocument.h"
 #include "playout/Player.h"
@@ -19,7 +20,6 @@ namespace cli {
 
 namespace {
 
-constexpr int kMaxSide = 16384;
 
 struct RenderRequest {
     std::optional<runtime::BackendPreference> backend;
@@ -48,13 +48,9 @@ QString parseArguments(const QStringList& args, RenderRequest& r)
             if (!preference) return QStringLiteral("--backend is gl or raster");
             r.backend = preference;
         } else if (a == QLatin1String("--size")) {
-            static const QRegularExpression re(QStringLiteral("^(\\d{1,5})x(\\d{1,5})$"));
-            const auto m = hasValue ? re.match(args[++i]) : QRegularExpressionMatch();
-            if (!m.hasMatch()) return QStringLiteral("--size needs WIDTHxHEIGHT");
-            r.size = QSize(m.captured(1).toInt(), m.captured(2).toInt());
+            if (!hasValue) return QStringLiteral("--size needs WIDTHxHEIGHT");
+            if (const QString problem = readFrameSize(args[++i], &r.size); !problem.isEmpty()) return problem;
             r.hasSize = true;
-            if (r.size.isEmpty() || r.size.width() > kMaxSide || r.size.height() > kMaxSide)
-                return QStringLiteral("--size must be between 1x1 and %1x%1").arg(kMaxSide);
         } else if (a == QLatin1String("--input")) {
             const qsizetype eq = hasValue ? args[i + 1].indexOf(QLatin1Char('=')) : -1;
             if (eq <= 0) return QStringLiteral("--input needs KEY=VALUE");

@@ -429,7 +429,9 @@ TEST_F(DocCommandTest, ThumbnailsWriteAPicturePerStopFrame)
     ASSERT_EQ(r.code, 0) << r.err.toStdString();
     EXPECT_EQ(parseObject(r.out).value(QLatin1String("pictures")).toArray().size(), 2);
     EXPECT_EQ(QImage(QDir(out).filePath(QStringLiteral("Step-02.png"))).size(), QSize(320, 180));
-    EXPECT_EQ(runCli({QStringLiteral("doc"), QStringLiteral("thumbnails"), doc, out, QStringLiteral("--size"), QStringLiteral("big")}).code, 2);
+    for (const char* bad : {"big", "0x180", "20000x10", "320x"})
+        EXPECT_EQ(runCli({QStringLiteral("doc"), QStringLiteral("thumbnails"), doc, out, QStringLiteral("--size"), QLatin1String(bad)}).code, 2) << bad;
+    EXPECT_EQ(runCli({QStringLiteral("doc"), QStringLiteral("thumbnails"), doc, out, QStringLiteral("--size")}).code, 2) << "no size after --size";
 }
 
 TEST_F(DocCommandTest, SchemaPrintsOrWritesTheFieldSchema)
