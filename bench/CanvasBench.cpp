@@ -10,6 +10,7 @@
 //    of 40 points, and the repaint of what is visible. The target is under
 //    16 ms at every zoom: only the exposed part of the canvas is drawn.
 #include "BenchTools.h"
+#include "DemoDocument.h"
 
 #include "canvas/VLZoomScrollView.h"
 
@@ -44,14 +45,8 @@ void repaint(canvas::CompositionView& view, QImage& image)
 
 void BM_CanvasRedrawDemo(benchmark::State& state)
 {
-    bench::ensureApplication();
-    QString error;
-    auto document = document::CompositionDocument::open(
-        QStringLiteral(VELLORAN_SOURCE_DIR "/resources/demo/Demo.composition"), &error);
-    if (!document) {
-        state.SkipWithError(error.toStdString().c_str());
-        return;
-    }
+    auto document = bench::openDemo(state);
+    if (!document) return;
     canvas::CompositionView view;
     view.resize(kCanvasSize);
     view.setDocument(document.get());
@@ -130,13 +125,8 @@ struct ScrolledDemo {
 
     bool open(benchmark::State& state, int zoom)
     {
-        QString error;
-        document = document::CompositionDocument::open(
-            QStringLiteral(VELLORAN_SOURCE_DIR "/resources/demo/Demo.composition"), &error);
-        if (!document) {
-            state.SkipWithError(error.toStdString().c_str());
-            return false;
-        }
+        document = bench::openDemo(state);
+        if (!document) return false;
         // The transparency chessboard, the default and the costliest backdrop.
         document->composition()->setBackgroundMode(model::kBackgroundNone);
         view->setDocument(document.get());

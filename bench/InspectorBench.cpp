@@ -7,6 +7,7 @@
 //    third's name field: the model write, the inspector's echo to the other
 //    rows, and the 1920×1080 canvas repaint it causes; the target is 16 ms.
 #include "BenchTools.h"
+#include "DemoDocument.h"
 
 #include "canvas/CompositionView.h"
 #include "document/CompositionDocument.h"
@@ -101,14 +102,8 @@ BENCHMARK(BM_InspectorSelectThreeOf40)->Unit(benchmark::kMillisecond)->UseRealTi
 
 void BM_InspectorKeystrokeLowerThird(benchmark::State& state)
 {
-    bench::ensureApplication();
-    QString error;
-    auto document = document::CompositionDocument::open(
-        QStringLiteral(VELLORAN_SOURCE_DIR "/resources/demo/Demo.composition"), &error);
-    if (!document) {
-        state.SkipWithError(error.toStdString().c_str());
-        return;
-    }
+    auto document = bench::openDemo(state);
+    if (!document) return;
     model::Composition& composition = *document->composition();
     composition.setEditorTimepoint(3.0);  // the lower third on screen
     canvas::CompositionView view;

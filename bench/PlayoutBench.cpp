@@ -4,6 +4,7 @@
 // alone.
 
 #include "BenchTools.h"
+#include "DemoDocument.h"
 #include "document/CompositionDocument.h"
 #include "playout/MovieWriter.h"
 #include "playout/Player.h"
@@ -20,7 +21,6 @@
 
 namespace {
 
-QString demoPath() { return QStringLiteral(VELLORAN_SOURCE_DIR "/resources/demo/Demo.composition"); }
 
 // The demo's export, loaded once.
 const playout::PlayoutTemplate& demo(bool background)
@@ -30,7 +30,7 @@ const playout::PlayoutTemplate& demo(bool background)
     if (!slot) {
         bench::ensureApplication();
         QString error;
-        auto document = document::CompositionDocument::open(demoPath(), &error);
+        auto document = document::CompositionDocument::open(bench::demoPath(), &error);
         QTemporaryDir scratch;
         if (document)
             slot = playout::exportForPlayout(*document, {background, scratch.filePath(QStringLiteral("Demo.qtz"))}, &error);

@@ -7,6 +7,7 @@
 //    default samples (≤ 2 s).
 
 #include "BenchTools.h"
+#include "DemoDocument.h"
 #include "document/CompositionDocument.h"
 #include "document/FieldSchema.h"
 #include "document/TextCheck.h"
@@ -23,16 +24,6 @@
 #include <benchmark/benchmark.h>
 
 namespace {
-
-std::unique_ptr<document::CompositionDocument> openDemo(benchmark::State& state)
-{
-    bench::ensureApplication();
-    QString error;
-    auto document = document::CompositionDocument::open(
-        QStringLiteral(VELLORAN_SOURCE_DIR "/resources/demo/Demo.composition"), &error);
-    if (!document) state.SkipWithError(error.toStdString().c_str());
-    return document;
-}
 
 void BM_FieldSchema200Components(benchmark::State& state)
 {
@@ -66,7 +57,7 @@ BENCHMARK(BM_FieldSchema200Components)->Unit(benchmark::kMillisecond);
 
 void BM_StepPicturesDemo(benchmark::State& state)
 {
-    auto document = openDemo(state);
+    auto document = bench::openDemo(state);
     if (!document) return;
     QTemporaryDir dir;
     int pictures = 0;
@@ -74,7 +65,7 @@ void BM_StepPicturesDemo(benchmark::State& state)
         QString error;
         const auto written =
             document::exportStepPictures(*document->composition(), dir.path(), {},
-                                         QUrl::fromLocalFile(QStringLiteral(VELLORAN_SOURCE_DIR "/resources/demo/Demo.composition")), &error);
+                                         QUrl::fromLocalFile(bench::demoPath()), &error);
         pictures = written ? int(written->size()) : -1;
     }
     state.counters["pictures"] = pictures;
@@ -83,7 +74,7 @@ BENCHMARK(BM_StepPicturesDemo)->Unit(benchmark::kMillisecond)->UseRealTime();
 
 void BM_TextCheckDemo(benchmark::State& state)
 {
-    auto document = openDemo(state);
+    auto document = bench::openDemo(state);
     if (!document) return;
     int results = 0;
     for (auto _ : state) results = int(document::checkTextFields(*document->composition()).size());
