@@ -172,6 +172,16 @@ void BM_ScriptsInIterator(benchmark::State& state)
 }
 BENCHMARK(BM_ScriptsInIterator)->Unit(benchmark::kMillisecond);
 
+// What each player and renderer pays for the automatic backend choice once
+// the first one has looked at the machine's OpenGL.
+void BM_AutomaticBackendChoice(benchmark::State& state)
+{
+    bench::ensureApplication();
+    runtime::makeBackend(runtime::BackendPreference::Automatic);
+    for (auto _ : state) benchmark::DoNotOptimize(runtime::makeBackend(runtime::BackendPreference::Automatic));
+}
+BENCHMARK(BM_AutomaticBackendChoice)->Unit(benchmark::kMillisecond);
+
 void registerCorpusBenchmarks()
 {
     // The shared corpus sits next to the repository; VELLORAN_CORPUS_DIR overrides.

@@ -15,6 +15,18 @@ namespace runtime {
 namespace {
 std::atomic<BackendPreference> preferred{BackendPreference::Automatic};
 
+// The software renderer an automatic choice found, kept: the machine does
+// not change, and making a context only to look costs tens of milliseconds
+// each time a player or renderer is made.
+std::mutex softwareMutex;
+QString softwareRendererFound;
+
+QString knownSoftwareRenderer()
+{
+    std::lock_guard lock(softwareMutex);
+    return softwareRendererFound;
+}
+
 void logChoiceOnce(const MadeBackend& made)
 {
     static std::once_flag raster, opengl;
@@ -64,13 +76,18 @@ bool isSoftwareRenderer(const QString& name)
 MadeBackend makeBackend(BackendPreference preference)
 {
     MadeBackend made;
-    if (preference != BackendPreference::Raster) {
+    const QString knownSoftware = preference == BackendPreference::Automatic ? knownSoftwareRenderer() : QString();
+    if (!knownSoftware.isEmpty()) {
+        made.fallbackReason = QStringLiteral("OpenGL is software only here (%1)").arg(knownSoftware);
+    } else if (preference != BackendPreference::Raster) {
         if (auto gl = GlBackend::make(&made.fallbackReason)) {
             const QString renderer = gl->context().rendererName();
             // A software rasterizer fills pixels far slower than the raster
             // backend, which also keeps pictures of what stands still.
             if (preference == BackendPreference::Automatic && isSoftwareRenderer(renderer)) {
                 made.fallbackReason = QStringLiteral("OpenGL is software only here (%1)").arg(renderer);
+                std::lock_guard lock(softwareMutex);
+                softwareRendererFound = renderer;
             } else {
                 made.backend = std::move(gl);
                 made.kind = BackendKind::OpenGL;

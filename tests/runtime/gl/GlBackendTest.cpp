@@ -58,6 +58,13 @@ TEST(GlBackend, ChoosesAsAskedAndFallsBackOffTheGuiThread)
     const QString rendererName = runtime::GlBackend::make()->context().rendererName();
     EXPECT_EQ(automatic.kind, runtime::isSoftwareRenderer(rendererName) ? runtime::BackendKind::Raster : runtime::BackendKind::OpenGL)
         << rendererName.toStdString();
+    if (runtime::isSoftwareRenderer(rendererName)) {
+        // The verdict is kept, and an explicit choice still gets OpenGL.
+        const runtime::MadeBackend again = runtime::makeBackend(runtime::BackendPreference::Automatic);
+        EXPECT_EQ(again.kind, runtime::BackendKind::Raster);
+        EXPECT_TRUE(again.fallbackReason.contains(rendererName)) << again.fallbackReason.toStdString();
+        EXPECT_EQ(runtime::makeBackend(runtime::BackendPreference::OpenGL).kind, runtime::BackendKind::OpenGL);
+    }
     EXPECT_TRUE(runtime::isSoftwareRenderer("llvmpipe (LLVM 15.0.6, 256 bits)"));
     EXPECT_FALSE(runtime::isSoftwareRenderer("AMD Radeon RX 6600 (radeonsi, navi23, LLVM 15.0.6)"));
     EXPECT_EQ(runtime::makeBackend(runtime::BackendPreference::Raster).kind, runtime::BackendKind::Raster);
