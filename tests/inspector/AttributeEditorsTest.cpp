@@ -66,14 +66,6 @@ protected:
     }
 
     // Replaces a field's text as typing would, and ends with Return.
-    static void retype(QLineEdit* field, const QString& text)
-    {
-        field->setFocus();
-        field->selectAll();
-        QTest::keyClicks(field, text);
-        QTest::keyClick(field, Qt::Key_Return);
-    }
-
     void expectOneStep() { EXPECT_EQ(undoManager().undoCount(), 1u); }
 
     model::QuartzComponent* box = nullptr;

@@ -20,18 +20,6 @@
 #include <QPushButton>
 #include <QTableWidget>
 
-namespace {
-
-void retype(QLineEdit* field, const QString& text)
-{
-    field->setFocus();
-    field->selectAll();
-    QTest::keyClicks(field, text);
-    QTest::keyClick(field, Qt::Key_Return);
-}
-
-}  // namespace
-
 class DocumentPanes : public InspectorFixture {
 protected:
     explicit DocumentPanes(const QString& mode = QStringLiteral("720p25 RGBA")) : InspectorFixture(mode)

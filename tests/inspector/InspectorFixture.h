@@ -17,12 +17,22 @@
 #include "model/VideoResolution.h"
 
 #include <QCoreApplication>
+#include <QLineEdit>
 #include <QTest>
 
 #include <gtest/gtest.h>
 
 #include <initializer_list>
 #include <memory>
+
+// Replaces a field's text as a user does: select all, type, Return.
+inline void retype(QLineEdit* field, const QString& text)
+{
+    field->setFocus();
+    field->selectAll();
+    QTest::keyClicks(field, text);
+    QTest::keyClick(field, Qt::Key_Return);
+}
 
 struct TestAttribute {
     const char* key;

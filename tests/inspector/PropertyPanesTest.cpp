@@ -15,18 +15,6 @@
 #include <QLineEdit>
 #include <QSlider>
 
-namespace {
-
-void retype(QLineEdit* field, const QString& text)
-{
-    field->setFocus();
-    field->selectAll();
-    QTest::keyClicks(field, text);
-    QTest::keyClick(field, Qt::Key_Return);
-}
-
-}  // namespace
-
 class PropertyPanes : public InspectorFixture {
 protected:
     PropertyPanes()
