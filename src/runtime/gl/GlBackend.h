@@ -4,6 +4,7 @@
 // (GlContext.h). Images become textures, kept while their pixels live.
 
 #include "runtime/Backend.h"
+#include "runtime/FrameDamage.h"
 #include "runtime/gl/GlContext.h"
 
 #include <QOpenGLFramebufferObject>
@@ -12,11 +13,18 @@
 #include <cstdint>
 #include <memory>
 #include <unordered_map>
+#include <vector>
 
 namespace runtime {
 
 class GlBackend;
 
+// An offscreen target keeps the draws of each frame that begins with a
+// clear and, when the frame ends (finish or snapshot), redraws and reads
+// back only where they differ from the previous frame's (FrameDamage.h):
+// a template holding still, or changing one line of text, costs a small
+// part of a full frame. Meshes and frames that do not start with a clear
+// are drawn as they come.
 class GlTarget : public RenderTarget {
 public:
     // An offscreen target cleared to transparent.
@@ -40,16 +48,32 @@ public:
     const QMatrix4x4& projection() const { return projection_; }
 
     bool bind() const;
-    void forgetSnapshot() { snapshot_ = {}; }
 
 private:
+    void clearNow(const Color& color);
+    void drawQuadNow(const QuadDraw& quad);
+
+    // GlFrame.cpp: the frame record.
+    void drawImmediately();  // before a draw that is not recorded
+    void endFrame();         // draws what differs; its pixels become unread
+    void replay(const std::vector<QRect>& rects);
+    void readBack();         // unread pixels into pixels_
+    QRect whole() const { return QRect(QPoint(0, 0), size_); }
+
+    enum class FrameMode { Closed, Recording, Immediate };
+
     GlBackend& backend_;
     QSize size_;
     QImage* external_ = nullptr;
     QMatrix4x4 projection_;
     std::unique_ptr<QOpenGLFramebufferObject> fbo_;
-    mutable std::unique_ptr<QOpenGLFramebufferObject> resolved_;  // for reading a multisampled fbo_
-    mutable Image snapshot_;  // the last picture, while nothing was drawn since
+    std::unique_ptr<QOpenGLFramebufferObject> resolved_;  // for reading a multisampled fbo_
+    FrameMode mode_ = FrameMode::Closed;
+    std::vector<RecordedDraw> frame_, previousFrame_;
+    bool previousKnown_ = false;   // previousFrame_ is what the framebuffer holds
+    std::vector<QRect> unread_;    // drawn since pixels_ was read
+    QImage pixels_;                // the picture read back, top row first
+    Image snapshot_;               // shares pixels_ while nothing is unread
 };
 
 class GlBackend : public Backend {

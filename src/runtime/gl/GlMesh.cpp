@@ -19,8 +19,9 @@ QVector3D rgb(const Color& c)
 
 void GlTarget::drawMesh(const MeshDraw& mesh)
 {
-    if (!mesh.vertices || mesh.vertices->size() < 3 || !bind()) return;
-    forgetSnapshot();
+    if (!mesh.vertices || mesh.vertices->size() < 3) return;
+    drawImmediately();
+    if (!bind()) return;
     QOpenGLFunctions& gl = backend_.context().functions();
     QOpenGLShaderProgram& program = backend_.context().meshProgram();
     program.bind();

@@ -67,12 +67,14 @@ GlTarget::GlTarget(GlBackend& backend, QSize pixelSize)
     format.setAttachment(QOpenGLFramebufferObject::CombinedDepthStencil);
     format.setSamples(kSamples);
     fbo_ = std::make_unique<QOpenGLFramebufferObject>(size_, format);
-    clear(Color::transparentBlack());
+    clearNow(Color::transparentBlack());
+    unread_ = {whole()};
 }
 
 GlTarget::GlTarget(GlBackend& backend, QImage* external, const QTransform& view) : GlTarget(backend, external->size())
 {
     external_ = external;
+    mode_ = FrameMode::Immediate;  // the caller's pixels change between frames: nothing to compare
     projection_ = projectionFor(size_, view);
     if (!bind() || external->isNull()) return;
     // The caller's pixels are the starting picture.
@@ -118,8 +120,21 @@ bool GlTarget::bind() const
 
 void GlTarget::clear(const Color& color)
 {
+    if (!external_ && mode_ == FrameMode::Closed) {
+        mode_ = FrameMode::Recording;
+        frame_.clear();
+    }
+    if (mode_ == FrameMode::Recording) {
+        frame_.push_back(RecordedDraw{color, {}, whole()});
+        return;
+    }
+    drawImmediately();
+    clearNow(color);
+}
+
+void GlTarget::clearNow(const Color& color)
+{
     if (!bind()) return;
-    snapshot_ = {};
     QOpenGLFunctions& gl = backend_.context().functions();
     const float a = unitChannel(color.alpha);
     gl.glClearColor(unitChannel(color.red) * a, unitChannel(color.green) * a, unitChannel(color.blue) * a, a);
@@ -129,8 +144,18 @@ void GlTarget::clear(const Color& color)
 
 void GlTarget::drawQuad(const QuadDraw& quad)
 {
-    if (quad.rect.width() == 0 || quad.rect.height() == 0 || !bind()) return;
-    snapshot_ = {};
+    if (quad.rect.width() == 0 || quad.rect.height() == 0) return;
+    if (mode_ == FrameMode::Recording) {
+        frame_.push_back(RecordedDraw{std::nullopt, quad, quadPixelBounds(quad, projection_, size_)});
+        return;
+    }
+    drawImmediately();
+    drawQuadNow(quad);
+}
+
+void GlTarget::drawQuadNow(const QuadDraw& quad)
+{
+    if (!bind()) return;
     QOpenGLFunctions& gl = backend_.context().functions();
     QOpenGLShaderProgram& program = backend_.context().quadProgram();
     program.bind();
@@ -184,37 +209,20 @@ void GlTarget::drawQuad(const QuadDraw& quad)
         if (id) gl.glDeleteTextures(1, &id);
 }
 
+// Logically const: the picture is the frame already drawn; ending the
+// frame and reading it back only bring the pixels up to date.
 Image GlTarget::snapshot() const
 {
-    if (!snapshot_.isNull()) return snapshot_;
-    QImage pixels(size_, QImage::Format_ARGB32_Premultiplied);
-    if (!bind()) {
-        pixels.fill(Qt::transparent);
-        return Image::fromRaster(pixels);
-    }
-    // The multisampled buffer resolves into a plain one, kept for the next
-    // frame (QOpenGLFramebufferObject::toImage would make one each time).
-    QOpenGLFramebufferObject* source = fbo_.get();
-    if (fbo_->format().samples() > 0) {
-        if (!resolved_) resolved_ = std::make_unique<QOpenGLFramebufferObject>(size_);
-        QOpenGLFramebufferObject::blitFramebuffer(resolved_.get(), fbo_.get());
-        source = resolved_.get();
-    }
-    source->bind();
-    // BGRA bytes are premultiplied ARGB32 on the little-endian machines we
-    // build for: read straight into the image, then turn it top row first.
-    static_assert(Q_BYTE_ORDER == Q_LITTLE_ENDIAN);
-    QOpenGLFunctions& gl = backend_.context().functions();
-    gl.glPixelStorei(GL_PACK_ALIGNMENT, 4);
-    gl.glReadPixels(0, 0, size_.width(), size_.height(), GL_BGRA, GL_UNSIGNED_BYTE, pixels.bits());
-    pixels.mirror();
-    snapshot_ = Image::fromRaster(std::move(pixels));
+    auto* self = const_cast<GlTarget*>(this);
+    self->endFrame();
+    self->readBack();
     return snapshot_;
 }
 
 void GlTarget::finish()
 {
     if (external_ && isValid()) *external_ = snapshot().raster();
+    else endFrame();
 }
 
 }  // namespace runtime

@@ -147,6 +147,66 @@ TEST(GlBackend, DrawsOverTheCallersImageThroughItsView)
         EXPECT_EQ(canvases[0].pixel(p), canvases[1].pixel(p)) << p.x() << "," << p.y();
 }
 
+// A frame drawn over the previous one's record (only what changed redrawn
+// and read back) must equal the same frame drawn whole by a new renderer.
+TEST(GlBackend, FramesDrawnOverThePreviousOneEqualFramesDrawnWhole)
+{
+    QImage backdrop(kSize, QImage::Format_ARGB32_Premultiplied);
+    for (int y = 0; y < kSize.height(); ++y)
+        for (int x = 0; x < kSize.width(); ++x) backdrop.setPixel(x, y, qRgb(x * 4, y * 5, 90));
+    Node r = test::root();
+    r.child(Node("QCClear", "Clear_1").input("inputColor", test::colorValue(0.1, 0.1, 0.1)));
+    r.child(Node("QCBillboard", "Backdrop").state("sizeMode", "real"));
+    r.child(Node("QCSprite", "Moving").input("inputWidth", 0.3).input("inputHeight", 0.3).input("inputRZ", 20.0));
+    r.child(Node("QCSprite", "Still").input("inputX", 0.6).input("inputY", -0.3).input("inputWidth", 0.2).input("inputHeight", 0.2));
+    r.child(Node("QCSphere", "Ball").input("inputScale", 0.3).input("inputX", -0.6));
+    r.publishInput("backdrop", "Backdrop", "inputImage");
+    r.publishInput("x", "Moving", "inputX");
+    r.publishInput("color", "Still", "inputColor");
+    r.publishInput("ball", "Ball", "_enable");
+    r.publishInput("clear", "Clear_1", "_enable");
+    const auto composition = test::load(r);
+
+    struct Frame {
+        double x;
+        QColor color;
+        bool ball, clear;
+    };
+    // Still frames, a move, a recolour, a mesh coming and going (drawn
+    // as it comes), and a frame without a clear (drawn over the last one).
+    const Frame frames[] = {{0.0, Qt::white, false, true},  {0.0, Qt::white, false, true}, {0.2, Qt::white, false, true},
+                            {0.2, Qt::yellow, false, true}, {0.2, Qt::yellow, true, true}, {0.2, Qt::yellow, true, true},
+                            {-0.4, Qt::yellow, false, true}, {-0.4, Qt::cyan, false, false}, {-0.4, Qt::cyan, false, true}};
+    const auto apply = [&](runtime::Renderer& renderer, const Frame& f) {
+        renderer.setInputPortValue("backdrop", runtime::Value(runtime::Image::fromRaster(backdrop)));
+        renderer.setInputValue("x", f.x);
+        renderer.setInputValue("color", f.color);
+        renderer.setInputValue("ball", f.ball);
+        renderer.setInputValue("clear", f.clear);
+    };
+    runtime::Renderer running(composition, kSize, runtime::BackendPreference::OpenGL);
+    QImage previous;
+    for (std::size_t i = 0; i < std::size(frames); ++i) {
+        apply(running, frames[i]);
+        running.render(0.04 * double(i));
+        const QImage held = previous.copy();
+        const QImage picture = running.snapshot();
+
+        runtime::Renderer fresh(composition, kSize, runtime::BackendPreference::OpenGL);
+        if (!frames[i].clear && i > 0) {
+            // Without a clear a frame lands on its predecessor: draw that first.
+            apply(fresh, frames[i - 1]);
+            fresh.render(0.04 * double(i - 1));
+        }
+        apply(fresh, frames[i]);
+        fresh.render(0.04 * double(i));
+        ASSERT_EQ(picture, fresh.snapshot()) << "frame " << i;
+        // A picture handed out earlier is not changed by later frames.
+        if (!previous.isNull()) EXPECT_EQ(previous, held) << "frame " << i;
+        previous = picture;
+    }
+}
+
 TEST(GlBackend, CommandLineTakesTheBackendByName)
 {
     QTemporaryDir dir;
