@@ -46,15 +46,18 @@ const char* const kMeshVertexShader = R"(#version 120
 attribute vec3 position;
 attribute vec3 normal;
 attribute vec2 texCoord;
+attribute vec4 vertexColor;
 uniform mat4 matrix;
 uniform mat4 modelView;
 uniform mat3 normalMatrix;
 varying vec2 uv;
+varying vec4 tint;
 varying vec3 eyePosition;
 varying vec3 eyeNormal;
 void main()
 {
     uv = texCoord;
+    tint = vertexColor;
     eyePosition = (modelView * vec4(position, 1.0)).xyz;
     eyeNormal = normalMatrix * normal;
     gl_Position = matrix * vec4(position, 1.0);
@@ -76,11 +79,13 @@ uniform vec3 lightPosition[4];
 uniform vec3 lightColor[4];
 uniform float lightAttenuation[4];
 varying vec2 uv;
+varying vec4 tint;
 varying vec3 eyePosition;
 varying vec3 eyeNormal;
 void main()
 {
-    vec3 rgb = color.rgb;
+    vec4 material = color * tint;
+    vec3 rgb = material.rgb;
     if (lit) {
         vec3 n = normalize(eyeNormal);
         vec3 toEye = normalize(eye - eyePosition);
@@ -99,7 +104,7 @@ void main()
         }
         rgb = clamp(rgb * min(diffuse, vec3(1.0)) + highlight, 0.0, 1.0);
     }
-    vec4 pixel = vec4(rgb * color.a, color.a);
+    vec4 pixel = vec4(rgb * material.a, material.a);
     if (hasImage) pixel *= texture2D(image, uv);
     gl_FragColor = pixel;
 }
