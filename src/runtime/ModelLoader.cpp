@@ -13,6 +13,7 @@
 #include <QFileInfo>
 
 #include <chrono>
+#include <cstring>
 #include <map>
 #include <mutex>
 #include <thread>
@@ -146,6 +147,38 @@ Mesh::Arrays arraysOf(const aiScene& scene)
     return arrays;
 }
 
+// Formats that state their counts up front are checked before Assimp
+// reads them: a PLY header promising ten million faces kept its reader
+// busy for some twenty seconds on a file holding one.
+QString declaredCountProblem(const QString& path, qint64 size, const ModelLimits& limits)
+{
+    QFile file(path);
+    if (!file.open(QIODevice::ReadOnly)) return QStringLiteral("cannot be opened");
+    const QByteArray head = file.read(8192);
+    const QString tooMany = QStringLiteral("more than %1 triangles").arg(limits.maxTriangles);
+    if (head.startsWith("ply")) {
+        for (const QByteArray& line : head.split('\n')) {
+            const QList<QByteArray> words = line.simplified().split(' ');
+            if (words.value(0) == "end_header") break;
+            if (words.size() < 3 || words[0] != "element") continue;
+            bool ok = false;
+            const qulonglong count = words[2].toULongLong(&ok);
+            if (!ok) continue;
+            if (words[1] == "face" && count > limits.maxTriangles) return tooMany;
+            // Every element takes at least a byte, in text or binary.
+            if (count > qulonglong(size)) return QStringLiteral("shorter than its header says");
+        }
+        return {};
+    }
+    // Binary STL: an 80-byte header, then the triangle count.
+    if (head.size() >= 84 && !head.startsWith("solid")) {
+        std::uint32_t count = 0;
+        std::memcpy(&count, head.constData() + 80, sizeof count);
+        if (count > limits.maxTriangles && path.endsWith(QLatin1String(".stl"), Qt::CaseInsensitive)) return tooMany;
+    }
+    return {};
+}
+
 }  // namespace
 
 LoadedModel loadModel(const QString& path, const ModelLimits& limits)
@@ -155,6 +188,8 @@ LoadedModel loadModel(const QString& path, const ModelLimits& limits)
     if (!info.isFile() || !info.isReadable()) return failure(path, QStringLiteral("not a readable file"));
     if (info.size() > limits.maxFileBytes)
         return failure(path, QStringLiteral("larger than %1 MB").arg(limits.maxFileBytes >> 20));
+
+    if (const QString problem = declaredCountProblem(path, info.size(), limits); !problem.isEmpty()) return failure(path, problem);
 
     Assimp::Importer importer;
     importer.SetPropertyInteger(AI_CONFIG_PP_SBP_REMOVE, aiPrimitiveType_POINT | aiPrimitiveType_LINE);

@@ -141,6 +141,15 @@ TEST(MeshPatches, PrimitiveTypesMakeTheirTriangles)
     strip.input("inputVertices", listOf({list({-0.25, -0.25, 0}), list({-0.25, 0.25, 0}), list({0.25, -0.25, 0}), list({0.25, 0.25, 0})}));
     const auto [stripArea, stripBox] = area(strip);
     EXPECT_NEAR(stripArea, 256, 24);
+    // In this order both triangles of the strip turn clockwise (they face
+    // away), as OpenGL reads a strip: culling back faces hides the whole
+    // square, culling front faces hides none of it.
+    const auto culled = [&](int culling) {
+        Node r = sceneWith(strip, "Creator_1", "outputMesh", meshRenderer(1, 1, 1).input("inputCulling", culling));
+        return coloured(draw(r));
+    };
+    EXPECT_TRUE(culled(1).isEmpty());
+    EXPECT_EQ(culled(2), stripBox);
     Node triangles = strip;
     triangles.input("inputPrimitiveType", 0);
     EXPECT_NEAR(area(triangles).first, 128, 24);
