@@ -168,8 +168,12 @@ bool GlContext::create(QString* why)
         return false;
     }
     meshProgram_ = std::make_unique<QOpenGLShaderProgram>();
-    if (!meshProgram_->addShaderFromSourceCode(QOpenGLShader::Vertex, kMeshVertexShader) ||
-        !meshProgram_->addShaderFromSourceCode(QOpenGLShader::Fragment, kMeshFragmentShader) || !meshProgram_->link()) {
+    const bool compiled = meshProgram_->addShaderFromSourceCode(QOpenGLShader::Vertex, kMeshVertexShader) &&
+                          meshProgram_->addShaderFromSourceCode(QOpenGLShader::Fragment, kMeshFragmentShader);
+    // Attribute 0 must be an array in a compatibility context: the vertex
+    // colour, sometimes a constant, must not get it.
+    meshProgram_->bindAttributeLocation("position", 0);
+    if (!compiled || !meshProgram_->link()) {
         *why = QStringLiteral("the mesh program does not compile: %1").arg(meshProgram_->log());
         return false;
     }
