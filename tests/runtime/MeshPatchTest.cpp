@@ -302,3 +302,29 @@ TEST(MeshPatches, NothingConnectedDrawsNothing)
 }
 
 }  // namespace
+
+namespace {
+
+TEST(MeshPatches, ImagesFollowTheTextureCoordinatesWhereTheBackendDrawsThem)
+{
+    // A blue image over the square: OpenGL textures meshes, the raster
+    // backend draws them in the renderer's colour alone.
+    QImage pixels(4, 4, QImage::Format_ARGB32_Premultiplied);
+    pixels.fill(qRgb(0, 0, 255));
+    const auto centre = [&](bool withCoordinates) {
+        Node creator = squareCreator();
+        if (withCoordinates) creator.input("inputTextureCoordinates", listOf({list({0, 1}), list({1, 1}), list({1, 0}), list({0, 0})}));
+        Node r = sceneWith(creator, "Creator_1", "outputMesh", meshRenderer(1, 1, 1));
+        r.publishInput("image", "Renderer_1", "inputImage");
+        runtime::Renderer renderer(test::load(r), kSize);
+        renderer.setInputPortValue("image", runtime::Value(runtime::Image::fromRaster(pixels)));
+        renderer.render(0);
+        return std::pair{renderer.snapshot().convertToFormat(QImage::Format_ARGB32).pixel(32, 24), renderer.backendKind()};
+    };
+    const auto [textured, kind] = centre(true);
+    EXPECT_EQ(textured, kind == runtime::BackendKind::OpenGL ? qRgb(0, 0, 255) : qRgb(255, 255, 255));
+    // Without texture coordinates there is nothing to map the image with.
+    EXPECT_EQ(centre(false).first, qRgb(255, 255, 255));
+}
+
+}  // namespace
