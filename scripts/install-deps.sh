@@ -12,6 +12,7 @@ packages=(
   xvfb xauth libgl1-mesa-dri libglx-mesa0 fonts-dejavu-core fonts-liberation2
   python3 python3-jsonschema
   desktop-file-utils appstream shared-mime-info
+  libassimp-dev
 )
 
 missing=()

@@ -15,6 +15,7 @@
 #include <QSize>
 #include <QVector2D>
 #include <QVector3D>
+#include <QVector4D>
 #include <QTransform>
 
 #include <memory>
@@ -59,6 +60,8 @@ enum class Culling : std::uint8_t { None, Back, Front };
 struct MeshDraw {
     QMatrix4x4 transform;  // local units → destination units
     const std::vector<MeshVertex>* vertices = nullptr;
+    // Optional, one per vertex (straight RGBA): multiplies `color`.
+    const std::vector<QVector4D>* colors = nullptr;
     Image image;  // over the texture coordinates; null draws a flat colour
     Color color = Color::white();
     BlendMode blend = BlendMode::Over;

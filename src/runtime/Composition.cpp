@@ -53,6 +53,7 @@ PortType typeOfValue(const Value& value)
     case Value::Kind::Color: return PortType::Color;
     case Value::Kind::Image: return PortType::Image;
     case Value::Kind::Structure: return PortType::Structure;
+    case Value::Kind::Mesh: return PortType::Mesh;
     case Value::Kind::Null: break;
     }
     return PortType::Virtual;

@@ -18,7 +18,7 @@ enum class PortType : std::uint8_t {
     Color,
     Image,
     Structure,
-    Mesh,         // 3-D meshes: carried, never drawn
+    Mesh,         // 3-D meshes (runtime/Mesh.h)
     Interaction,  // mouse interaction links: carried, never used
 };
 

@@ -1,5 +1,5 @@
 // Meshes on the raster backend: each triangle flat, in the colour its
-// centre gets from the lighting, drawn far to near (the painter's
+// centre gets from the lighting (vertex colours averaged over it), drawn far to near (the painter's
 // algorithm stands for the depth buffer). Images on meshes are not drawn
 // here; the OpenGL backend draws them.
 
@@ -33,6 +33,7 @@ void RasterTarget::drawMesh(const MeshDraw& mesh)
 {
     if (!mesh.vertices || mesh.vertices->size() < 3) return;
     const std::vector<MeshVertex>& v = *mesh.vertices;
+    const std::vector<QVector4D>* colors = mesh.colors && mesh.colors->size() == v.size() ? mesh.colors : nullptr;
     const QMatrix3x3 normalMatrix = mesh.transform.normalMatrix();
     std::vector<ProjectedTriangle> triangles;
     triangles.reserve(v.size() / 3);
@@ -53,14 +54,19 @@ void RasterTarget::drawMesh(const MeshDraw& mesh)
         const bool front = turn < 0;
         if ((mesh.culling == Culling::Back && !front) || (mesh.culling == Culling::Front && front)) continue;
         t.depth = centre.z();
+        Color material = mesh.color;
+        if (colors) {
+            const QVector4D c = ((*colors)[i] + (*colors)[i + 1] + (*colors)[i + 2]) / 3.0f;
+            material = {material.red * c.x(), material.green * c.y(), material.blue * c.z(), material.alpha * c.w()};
+        }
         if (mesh.lighting) {
             const float* n = normalMatrix.constData();  // column-major 3×3
             QVector3D eyeNormal(n[0] * normal.x() + n[3] * normal.y() + n[6] * normal.z(),
                                 n[1] * normal.x() + n[4] * normal.y() + n[7] * normal.z(),
                                 n[2] * normal.x() + n[5] * normal.y() + n[8] * normal.z());
-            t.color = shade(*mesh.lighting, centre, eyeNormal.normalized(), mesh.color);
+            t.color = shade(*mesh.lighting, centre, eyeNormal.normalized(), material);
         } else {
-            t.color = mesh.color;
+            t.color = material;
         }
         triangles.push_back(t);
     }

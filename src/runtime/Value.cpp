@@ -1,5 +1,7 @@
 #include "runtime/Value.h"
 
+#include "runtime/Mesh.h"
+
 #include "plist/Value.h"
 
 #include <QColor>
@@ -19,6 +21,11 @@ Value::Value(StructurePtr structure)
     if (structure) data_ = std::move(structure);
 }
 
+Value::Value(MeshPtr mesh)
+{
+    if (mesh) data_ = std::move(mesh);
+}
+
 bool Value::toBool() const
 {
     switch (kind()) {
@@ -35,6 +42,7 @@ bool Value::toBool() const
     case Kind::Color: return std::get<Color>(data_).alpha > 0.0;
     case Kind::Image: return true;
     case Kind::Structure: return std::get<StructurePtr>(data_)->count() > 0;
+    case Kind::Mesh: return !std::get<MeshPtr>(data_)->isEmpty();
     }
     return false;
 }
@@ -109,6 +117,11 @@ StructurePtr Value::toStructure() const
     return kind() == Kind::Structure ? std::get<StructurePtr>(data_) : nullptr;
 }
 
+MeshPtr Value::toMesh() const
+{
+    return kind() == Kind::Mesh ? std::get<MeshPtr>(data_) : nullptr;
+}
+
 Value Value::convertedTo(PortType type) const
 {
     switch (type) {
@@ -126,8 +139,8 @@ Value Value::convertedTo(PortType type) const
         if (kind() == Kind::Structure || kind() == Kind::Null) return *this;
         // A single value becomes a one-member structure.
         return Value(std::make_shared<const Structure>(std::vector<Structure::Member>{{QString(), *this}}));
+    case PortType::Mesh: return kind() == Kind::Mesh ? *this : Value();
     case PortType::Virtual:
-    case PortType::Mesh:
     case PortType::Interaction: return *this;
     }
     return *this;
@@ -147,6 +160,7 @@ bool Value::operator==(const Value& other) const
     case Kind::Color: return std::get<Color>(data_) == std::get<Color>(other.data_);
     case Kind::Image: return std::get<Image>(data_) == std::get<Image>(other.data_);
     case Kind::Structure: return std::get<StructurePtr>(data_) == std::get<StructurePtr>(other.data_);
+    case Kind::Mesh: return std::get<MeshPtr>(data_) == std::get<MeshPtr>(other.data_);
     }
     return false;
 }
@@ -229,6 +243,7 @@ Value fromVariantAtDepth(const QVariant& v, int depth)
         return Value(std::make_shared<const Structure>(std::move(members)));
     }
     default:
+        if (v.userType() == qMetaTypeId<MeshPtr>()) return Value(v.value<MeshPtr>());
         if (v.canConvert<double>()) return Value(v.toDouble());
         return Value(v.toString());
     }
@@ -274,6 +289,7 @@ QVariant Value::toVariant() const
         for (const auto& m : s.members()) list.append(m.value.toVariant());
         return list;
     }
+    case Kind::Mesh: return QVariant::fromValue(std::get<MeshPtr>(data_));
     }
     return {};
 }

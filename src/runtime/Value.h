@@ -28,10 +28,12 @@ struct Color {
 
 class Structure;
 using StructurePtr = std::shared_ptr<const Structure>;
+class Mesh;  // runtime/Mesh.h
+using MeshPtr = std::shared_ptr<const Mesh>;
 
 class Value {
 public:
-    enum class Kind : std::uint8_t { Null, Boolean, Number, String, Color, Image, Structure };
+    enum class Kind : std::uint8_t { Null, Boolean, Number, String, Color, Image, Structure, Mesh };
 
     Value() = default;
     Value(bool b) : data_(b) {}
@@ -42,6 +44,7 @@ public:
     Value(Color c) : data_(c) {}
     Value(Image image);
     Value(StructurePtr structure);
+    Value(MeshPtr mesh);
 
     Kind kind() const { return static_cast<Kind>(data_.index()); }
     bool isNull() const { return kind() == Kind::Null; }
@@ -53,12 +56,13 @@ public:
     Color toColor() const;
     Image toImage() const;
     StructurePtr toStructure() const;
+    MeshPtr toMesh() const;  // null unless the value is a mesh
 
     // The value as a port of `type` holds it (Index rounds and stays at or
     // above zero; Virtual keeps anything).
     Value convertedTo(PortType type) const;
 
-    // Images and structures compare by identity.
+    // Images, structures and meshes compare by identity.
     bool operator==(const Value& other) const;
     bool operator!=(const Value& other) const { return !(*this == other); }
 
@@ -71,7 +75,7 @@ public:
     QVariant toVariant() const;
 
 private:
-    std::variant<std::monostate, bool, double, QString, Color, Image, StructurePtr> data_;
+    std::variant<std::monostate, bool, double, QString, Color, Image, StructurePtr, MeshPtr> data_;
 };
 
 // An ordered list of members, optionally keyed (Quartz Composer structures

@@ -46,15 +46,18 @@ const char* const kMeshVertexShader = R"(#version 120
 attribute vec3 position;
 attribute vec3 normal;
 attribute vec2 texCoord;
+attribute vec4 vertexColor;
 uniform mat4 matrix;
 uniform mat4 modelView;
 uniform mat3 normalMatrix;
 varying vec2 uv;
+varying vec4 tint;
 varying vec3 eyePosition;
 varying vec3 eyeNormal;
 void main()
 {
     uv = texCoord;
+    tint = vertexColor;
     eyePosition = (modelView * vec4(position, 1.0)).xyz;
     eyeNormal = normalMatrix * normal;
     gl_Position = matrix * vec4(position, 1.0);
@@ -76,11 +79,13 @@ uniform vec3 lightPosition[4];
 uniform vec3 lightColor[4];
 uniform float lightAttenuation[4];
 varying vec2 uv;
+varying vec4 tint;
 varying vec3 eyePosition;
 varying vec3 eyeNormal;
 void main()
 {
-    vec3 rgb = color.rgb;
+    vec4 material = color * tint;
+    vec3 rgb = material.rgb;
     if (lit) {
         vec3 n = normalize(eyeNormal);
         vec3 toEye = normalize(eye - eyePosition);
@@ -99,7 +104,7 @@ void main()
         }
         rgb = clamp(rgb * min(diffuse, vec3(1.0)) + highlight, 0.0, 1.0);
     }
-    vec4 pixel = vec4(rgb * color.a, color.a);
+    vec4 pixel = vec4(rgb * material.a, material.a);
     if (hasImage) pixel *= texture2D(image, uv);
     gl_FragColor = pixel;
 }
@@ -163,8 +168,12 @@ bool GlContext::create(QString* why)
         return false;
     }
     meshProgram_ = std::make_unique<QOpenGLShaderProgram>();
-    if (!meshProgram_->addShaderFromSourceCode(QOpenGLShader::Vertex, kMeshVertexShader) ||
-        !meshProgram_->addShaderFromSourceCode(QOpenGLShader::Fragment, kMeshFragmentShader) || !meshProgram_->link()) {
+    const bool compiled = meshProgram_->addShaderFromSourceCode(QOpenGLShader::Vertex, kMeshVertexShader) &&
+                          meshProgram_->addShaderFromSourceCode(QOpenGLShader::Fragment, kMeshFragmentShader);
+    // Attribute 0 must be an array in a compatibility context: the vertex
+    // colour, sometimes a constant, must not get it.
+    meshProgram_->bindAttributeLocation("position", 0);
+    if (!compiled || !meshProgram_->link()) {
         *why = QStringLiteral("the mesh program does not compile: %1").arg(meshProgram_->log());
         return false;
     }

@@ -79,9 +79,22 @@ void GlTarget::drawMesh(const MeshDraw& mesh)
     if (position >= 0) program.setAttributeArray(position, GL_FLOAT, &v[0].position, 3, sizeof(MeshVertex));
     if (normal >= 0) program.setAttributeArray(normal, GL_FLOAT, &v[0].normal, 3, sizeof(MeshVertex));
     if (texCoord >= 0) program.setAttributeArray(texCoord, GL_FLOAT, &v[0].texCoord, 2, sizeof(MeshVertex));
+    // Without vertex colours the attribute holds white for every vertex.
+    const int vertexColor = program.attributeLocation("vertexColor");
+    const bool perVertex = mesh.colors && mesh.colors->size() == v.size();
+    if (vertexColor >= 0) {
+        if (perVertex) {
+            program.enableAttributeArray(vertexColor);
+            program.setAttributeArray(vertexColor, GL_FLOAT, mesh.colors->data(), 4, sizeof(QVector4D));
+        } else {
+            program.disableAttributeArray(vertexColor);
+            program.setAttributeValue(vertexColor, 1.0f, 1.0f, 1.0f, 1.0f);
+        }
+    }
     gl.glDrawArrays(GL_TRIANGLES, 0, GLsizei(v.size() - v.size() % 3));
     for (int location : {position, normal, texCoord})
         if (location >= 0) program.disableAttributeArray(location);
+    if (vertexColor >= 0 && perVertex) program.disableAttributeArray(vertexColor);
     gl.glDisable(GL_DEPTH_TEST);
     gl.glDisable(GL_CULL_FACE);
     if (temporary) gl.glDeleteTextures(1, &temporary);

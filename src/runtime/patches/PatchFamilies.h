@@ -25,6 +25,8 @@ void registerNetworkPatches(PatchRegistry& registry);    // Image/XML Downloader
 void registerFilePatches(PatchRegistry& registry);       // Directory Scanner
 void registerCompositionPatches(PatchRegistry& registry);  // Patch Renderer, Patch Info, Repository Compositions
 void registerThreeDPatches(PatchRegistry& registry);     // Track Ball, Replicator, Lighting, Sphere, Cube
+void registerMeshPatches(PatchRegistry& registry);       // Mesh Creator, Renderer, Transform, Components, Bounds
+void registerModelPatches(PatchRegistry& registry);      // Mesh Importer (3-D model files through Assimp)
 
 inline void registerAllPatches(PatchRegistry& registry)
 {
@@ -45,6 +47,8 @@ inline void registerAllPatches(PatchRegistry& registry)
     registerGeometryPatches(registry);
     registerDevicePatches(registry);
     registerThreeDPatches(registry);
+    registerMeshPatches(registry);
+    registerModelPatches(registry);
     registerNetworkPatches(registry);
     registerFilePatches(registry);
     registerCompositionPatches(registry);

@@ -8,6 +8,7 @@
 // (ScriptEngine.h).
 
 #include "runtime/ExecutionContext.h"
+#include "runtime/Mesh.h"
 #include "runtime/RendererServices.h"
 #include "runtime/patches/PatchFamilies.h"
 #include "runtime/patches/ScriptEngine.h"
@@ -68,6 +69,7 @@ QJSValue toScript(QJSEngine& engine, const Value& value)
         return array;
     }
     case Value::Kind::Image: return engine.toScriptValue(QVariant::fromValue(value.toImage()));
+    case Value::Kind::Mesh: return engine.toScriptValue(QVariant::fromValue(value.toMesh()));
     case Value::Kind::Structure: {
         const StructurePtr s = value.toStructure();
         if (s->isKeyed()) {
