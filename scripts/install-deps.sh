@@ -12,6 +12,7 @@ packages=(
   xvfb xauth libgl1-mesa-dri libglx-mesa0 fonts-dejavu-core fonts-liberation2
   python3 python3-jsonschema
   desktop-file-utils appstream shared-mime-info
+  ocl-icd-opencl-dev opencl-c-headers pocl-opencl-icd
 )
 
 missing=()

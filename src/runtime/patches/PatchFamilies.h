@@ -26,6 +26,7 @@ void registerFilePatches(PatchRegistry& registry);       // Directory Scanner
 void registerCompositionPatches(PatchRegistry& registry);  // Patch Renderer, Patch Info, Repository Compositions
 void registerThreeDPatches(PatchRegistry& registry);     // Track Ball, Replicator, Lighting, Sphere, Cube
 void registerUtilityPatches(PatchRegistry& registry);    // Noise, String MD5, FPS Display
+void registerOpenCLPatches(PatchRegistry& registry);     // OpenCL Kernel (run on the process's OpenCL device)
 
 inline void registerAllPatches(PatchRegistry& registry)
 {
@@ -50,6 +51,7 @@ inline void registerAllPatches(PatchRegistry& registry)
     registerFilePatches(registry);
     registerCompositionPatches(registry);
     registerUtilityPatches(registry);
+    registerOpenCLPatches(registry);
 }
 
 template <class T>
