@@ -27,6 +27,7 @@ void registerCompositionPatches(PatchRegistry& registry);  // Patch Renderer, Pa
 void registerThreeDPatches(PatchRegistry& registry);     // Track Ball, Replicator, Lighting, Sphere, Cube
 void registerUtilityPatches(PatchRegistry& registry);    // Noise, String MD5, FPS Display
 void registerOpenCLPatches(PatchRegistry& registry);     // OpenCL Kernel (run on the process's OpenCL device)
+void registerNetworkMessagingPatches(PatchRegistry& registry);  // Network Broadcaster / Receiver (UDP, off the frame)
 
 inline void registerAllPatches(PatchRegistry& registry)
 {
@@ -52,6 +53,7 @@ inline void registerAllPatches(PatchRegistry& registry)
     registerCompositionPatches(registry);
     registerUtilityPatches(registry);
     registerOpenCLPatches(registry);
+    registerNetworkMessagingPatches(registry);
 }
 
 template <class T>
