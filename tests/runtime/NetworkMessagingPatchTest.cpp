@@ -94,6 +94,28 @@ TEST(NetworkMessaging, ABroadcastValueReachesTheReceiverWithinAFewFrames)
     EXPECT_GT(framesUntil(*pair.receiver, QStringLiteral("42.5"), frame), 0);
 }
 
+TEST(NetworkMessaging, AReceiverStartedLateHearsTheRepeatButNoNewsFromIt)
+{
+    const int port = freePort();
+    ASSERT_GT(port, 0);
+    Pair pair = loopbackPair(port);
+    pair.broadcaster->setInputValue("Data", QStringLiteral("On air"));
+    pair.broadcaster->render(0);
+    QThread::msleep(50);  // sent before anyone listens: lost
+    int frame = 0;
+    const int frames = framesUntil(*pair.receiver, QStringLiteral("On air"), frame);
+    EXPECT_GT(frames, 0) << "the repeat did not arrive in 200 frames";
+    // Repeats of the same text (one a second) do not raise the signal again.
+    int signals = 0;
+    for (int i = 0; i < 120; ++i) {
+        pair.receiver->render(++frame / 100.0);
+        signals += pair.receiver->outputValue("Signal").toBool();
+        QThread::msleep(10);
+    }
+    EXPECT_EQ(signals, 0);
+    EXPECT_EQ(pair.receiver->outputValue("Data").toString(), QStringLiteral("On air"));
+}
+
 TEST(NetworkMessaging, AReceiverWithNothingToHearNeverHoldsAFrame)
 {
     const int port = freePort();

@@ -228,7 +228,11 @@ TEST(OpenCLPatch, AKernelThatDoesNotBuildListsTheCompilersMessages)
     ASSERT_TRUE(composition);
     const QString problems = test::problemsText(*composition);
     EXPECT_TRUE(problems.contains("OpenCL_1: the OpenCL kernel does not build")) << problems.toStdString();
+    // The compiler's own words, with the place in the source (its
+    // temporary file's name, where it gives one, replaced by "line").
     EXPECT_TRUE(problems.contains("undefined_thing")) << problems.toStdString();
+    EXPECT_TRUE(problems.contains("2:12:")) << problems.toStdString();
+    EXPECT_FALSE(problems.contains(".cl:")) << problems.toStdString();
     // It loads and renders, giving nothing.
     runtime::Renderer renderer(composition, QSize(8, 8));
     renderer.render(0);

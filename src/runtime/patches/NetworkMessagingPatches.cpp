@@ -2,8 +2,9 @@
 // QCNetworkReceiver): text over UDP between compositions on the local
 // network (UdpChannel.h). Both default to the multicast group 225.0.0.0,
 // port 50000. The broadcaster sends its data whenever it or the address
-// changes; the receiver outputs the latest message heard and raises its
-// signal on the frame a new one arrives. Neither ever waits for the
+// changes (and repeats it every second for late listeners); the receiver
+// outputs the latest message heard and raises its signal on the frame a
+// different one arrives. Neither ever waits for the
 // network, and neither opens a socket until it first runs (loading a
 // composition touches no network).
 

@@ -25,6 +25,8 @@
 #include "runtime/cl/KernelRun.h"
 #include "runtime/patches/PatchFamilies.h"
 
+#include <QRegularExpression>
+
 #include <algorithm>
 #include <cstring>
 
@@ -139,9 +141,10 @@ Image fromKernelImage(const QImage& pixels)
     QImage image = pixels.mirrored().convertToFormat(QImage::Format_ARGB32_Premultiplied);
     // A kernel may write colour brighter than its alpha, which is not a
     // premultiplied pixel: clamp it.
-    for (int y = 0; y < image.height(); ++y) {
+    const int width = image.width(), height = image.height();
+    for (int y = 0; y < height; ++y) {
         auto* row = reinterpret_cast<QRgb*>(image.scanLine(y));
-        for (int x = 0; x < image.width(); ++x) {
+        for (int x = 0; x < width; ++x) {
             const int a = qAlpha(row[x]);
             row[x] = qRgba(std::min(qRed(row[x]), a), std::min(qGreen(row[x]), a), std::min(qBlue(row[x]), a), a);
         }
@@ -174,7 +177,10 @@ public:
             const QStringList lines = program->log.split(QLatin1Char('\n'), Qt::SkipEmptyParts);
             setup.report(QStringLiteral("the OpenCL kernel does not build (%1 line%2 from the compiler follow)")
                              .arg(lines.size()).arg(lines.size() == 1 ? "" : "s"));
-            for (int i = 0; i < std::min(int(lines.size()), kMaxLogLines); ++i) setup.report(QStringLiteral("  ") + lines[i].trimmed());
+            // The compiler names a temporary file of its own; the line is what helps.
+            static const QRegularExpression temporaryFile(QStringLiteral("\\S+\\.cl:(\\d+):(\\d+):"));
+            for (int i = 0; i < std::min(int(lines.size()), kMaxLogLines); ++i)
+                setup.report(QStringLiteral("  ") + QString(lines[i]).replace(temporaryFile, QStringLiteral("line \\1:\\2:")).trimmed());
             return;
         }
         run_ = std::make_unique<cl::KernelRun>(*device, std::move(program), signature_);

@@ -13,6 +13,7 @@ namespace {
 constexpr qsizetype kMaxDatagram = 65000;
 // How often a listener looks whether it should stop.
 constexpr int kListenerPollMs = 50;
+constexpr std::chrono::milliseconds kRepeatInterval{1000};
 
 }  // namespace
 
@@ -75,15 +76,25 @@ void UdpSender::work()
     // Multicast stays on the local network segment (the option needs an
     // open socket, hence the bind to any port).
     if (socket.bind(QHostAddress::AnyIPv4, 0)) socket.setSocketOption(QAbstractSocket::MulticastTtlOption, QVariant(1));
+    std::optional<std::pair<UdpEndpoint, QByteArray>> last;
     for (;;) {
         std::pair<UdpEndpoint, QByteArray> message;
         {
             std::unique_lock lock(mutex_);
-            wake_.wait(lock, [this] { return stop_ || pending_; });
+            // The last message goes out again now and then, for receivers
+            // that started listening after it was first sent.
+            const bool woken = wake_.wait_for(lock, kRepeatInterval, [this] { return stop_ || pending_; });
             if (stop_) return;
-            message = std::move(*pending_);
-            pending_.reset();
+            if (woken) {
+                message = std::move(*pending_);
+                pending_.reset();
+            } else if (last) {
+                message = *last;
+            } else {
+                continue;
+            }
         }
+        last = message;
         const QHostAddress address(message.first.address);
         QString error;
         if (address.isNull()) error = QStringLiteral("\"%1\" is not an IP address").arg(message.first.address);
@@ -95,7 +106,13 @@ void UdpSender::work()
     }
 }
 
-UdpListener::UdpListener(UdpEndpoint endpoint) : endpoint_(std::move(endpoint)), thread_([this] { work(); }) {}
+UdpListener::UdpListener(UdpEndpoint endpoint) : endpoint_(std::move(endpoint)), thread_([this] { work(); })
+{
+    // Binding is a local call that takes microseconds; waiting for it means
+    // a message sent after this returns is heard.
+    std::unique_lock lock(mutex_);
+    ready_.wait(lock, [this] { return started_; });
+}
 
 UdpListener::~UdpListener()
 {
@@ -117,18 +134,24 @@ QString UdpListener::error() const
 
 void UdpListener::work()
 {
-    const auto setError = [this](const QString& e) {
-        std::lock_guard lock(mutex_);
-        error_ = e;
+    const auto started = [this](const QString& error) {
+        {
+            std::lock_guard lock(mutex_);
+            error_ = error;
+            started_ = true;
+        }
+        ready_.notify_all();
     };
-    if (endpoint_.port <= 0 || endpoint_.port > 65535) return setError(QStringLiteral("port %1 is out of range").arg(endpoint_.port));
+    if (endpoint_.port <= 0 || endpoint_.port > 65535) return started(QStringLiteral("port %1 is out of range").arg(endpoint_.port));
     const QHostAddress group(endpoint_.address);
     QUdpSocket socket;
     // Several receivers (several renderers) may listen on one port.
     if (!socket.bind(QHostAddress::AnyIPv4, quint16(endpoint_.port), QUdpSocket::ShareAddress | QUdpSocket::ReuseAddressHint))
-        return setError(QStringLiteral("cannot listen on port %1: %2").arg(endpoint_.port).arg(socket.errorString()));
+        return started(QStringLiteral("cannot listen on port %1: %2").arg(endpoint_.port).arg(socket.errorString()));
     if (group.isMulticast() && !socket.joinMulticastGroup(group))
-        setError(QStringLiteral("cannot join %1: %2").arg(endpoint_.address, socket.errorString()));
+        started(QStringLiteral("cannot join %1: %2").arg(endpoint_.address, socket.errorString()));
+    else
+        started(QString());
     std::uint64_t serial = 0;
     while (!stop_) {
         if (!socket.waitForReadyRead(kListenerPollMs)) continue;
@@ -137,6 +160,8 @@ void UdpListener::work()
             if (!datagram.isValid()) break;
             const QString text = decodeNetworkMessage(datagram.data());
             std::lock_guard lock(mutex_);
+            // A repeat of the same text is not news.
+            if (latest_ && latest_->text == text) continue;
             latest_ = Message{text, ++serial};
         }
     }

@@ -3,6 +3,10 @@
 // of its own so that a frame never waits for the network: the sender takes
 // the latest message to send, the listener keeps the latest message heard.
 //
+// The sender repeats its last message every second, so a receiver that
+// starts late still hears it; a receiver reports a message only when its
+// text differs from the one before.
+//
 // Messages are text. On the wire it is UTF-32, big-endian, four bytes a
 // character, as public write-ups of Quartz Composer's packets describe; a
 // datagram that is not valid UTF-32 is read as UTF-8, so that a shell tool
@@ -12,6 +16,7 @@
 #include <QString>
 
 #include <atomic>
+#include <chrono>
 #include <condition_variable>
 #include <cstdint>
 #include <mutex>
@@ -57,6 +62,7 @@ private:
 
 class UdpListener {
 public:
+    // Returns once the socket is bound (or has failed to be).
     explicit UdpListener(UdpEndpoint endpoint);
     ~UdpListener();
     UdpListener(const UdpListener&) = delete;
@@ -67,7 +73,8 @@ public:
         QString text;
         std::uint64_t serial = 0;  // 1 for the first message heard, and so on
     };
-    // The latest message, if any has come.
+    // The latest message, if any has come; the serial grows only when the
+    // text changes.
     std::optional<Message> latest() const;
     // Why nothing can be heard (the port is taken, say), or empty.
     QString error() const;
@@ -78,6 +85,8 @@ private:
     mutable std::mutex mutex_;
     std::optional<Message> latest_;
     QString error_;
+    std::condition_variable ready_;
+    bool started_ = false;
     std::atomic<bool> stop_{false};
     std::thread thread_;
 };
