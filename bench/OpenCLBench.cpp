@@ -104,7 +104,7 @@ void BM_OpenCLBuildNewKernel(benchmark::State& state)
 {
     bench::ensureApplication();
     if (!haveDevice(state)) return;
-    int n = 0;
+    static int n = 0;  // across repetitions too: a source built before is cached
     for (auto _ : state) {
         const std::string source = "__kernel void k(__global const float* a, __global float* b) { b[get_global_id(0)] = a[0] + " +
                                    std::to_string(++n) + "; }";
