@@ -5,13 +5,17 @@
 #include "CompositionBuilder.h"
 
 #include "runtime/cl/ClDevice.h"
+#include "runtime/cl/KernelRun.h"
 #include "runtime/cl/KernelSignature.h"
 
 #include <QCoreApplication>
+#include <QElapsedTimer>
 #include <QProcess>
 #include <QTemporaryDir>
 
 #include <gtest/gtest.h>
+
+#include <cstring>
 
 using runtime::cl::KernelParameter;
 using test::Node;
@@ -237,6 +241,60 @@ TEST(OpenCLPatch, AKernelThatDoesNotBuildListsTheCompilersMessages)
     runtime::Renderer renderer(composition, QSize(8, 8));
     renderer.render(0);
     EXPECT_FALSE(renderer.outputValue("out").isValid() && !renderer.outputValue("out").toList().isEmpty());
+}
+
+// OpenCL cannot stop a running kernel: a run that takes too long is given
+// up, so the frame goes on, and never used again.
+TEST(OpenCLKernelRun, AKernelThatRunsTooLongIsGivenUpWithoutHoldingTheFrame)
+{
+    QString reason;
+    runtime::cl::Device* device = runtime::cl::Device::shared(&reason);
+    if (!device) GTEST_SKIP() << reason.toStdString();
+    const QString source = QStringLiteral(R"(
+        __kernel void busy(__global float* out, uint rounds) {
+            float v = 0.0f;
+            for (uint i = 0; i < rounds; ++i) v = v * 0.999f + 1.0f;
+            out[get_global_id(0)] = v;
+        })");
+    QString error;
+    auto signature = runtime::cl::readKernelSignature(source, &error);
+    ASSERT_TRUE(signature) << error.toStdString();
+    auto program = device->build(source);
+    ASSERT_TRUE(program->program) << program->log.toStdString();
+
+    const auto rounds = [](std::uint32_t n) {
+        std::vector<runtime::cl::KernelArgument> arguments(2);
+        arguments[1].bytes = QByteArray(reinterpret_cast<const char*>(&n), 4);
+        return arguments;
+    };
+    {
+        runtime::cl::KernelRun quick(*device, program, *signature, std::chrono::milliseconds(2000));
+        auto arguments = rounds(10);
+        ASSERT_TRUE(quick.run(QSize(4, 1), false, arguments)) << quick.error().toStdString();
+        float first = 0;
+        std::memcpy(&first, arguments[0].bytes.constData(), 4);
+        EXPECT_GT(first, 9.0f);
+        EXPECT_FALSE(quick.gaveUp());
+    }
+    auto slow = std::make_unique<runtime::cl::KernelRun>(*device, program, *signature, std::chrono::milliseconds(50));
+    {
+        // Its first run may compile for the range, and has time for that.
+        auto arguments = rounds(10);
+        ASSERT_TRUE(slow->run(QSize(1, 1), false, arguments)) << slow->error().toStdString();
+    }
+    QElapsedTimer timer;
+    timer.start();
+    {
+        // About a billion dependent steps: seconds on any CPU, far past 50 ms.
+        auto arguments = rounds(1000000000u);
+        EXPECT_FALSE(slow->run(QSize(1, 1), false, arguments));
+        EXPECT_TRUE(slow->gaveUp());
+        EXPECT_TRUE(slow->error().contains("ran longer than 50 ms")) << slow->error().toStdString();
+        auto again = rounds(1);
+        EXPECT_FALSE(slow->run(QSize(1, 1), false, again));  // not run again
+    }
+    slow.reset();  // leaving it does not wait for the kernel either
+    EXPECT_LT(timer.elapsed(), 1000);
 }
 
 TEST(OpenCLPatch, AnUnreadableSignatureIsAProblemToo)

@@ -1,11 +1,42 @@
 #include "runtime/cl/KernelRun.h"
 
+#include <condition_variable>
 #include <cstring>
+#include <mutex>
 
 namespace runtime::cl {
 
-KernelRun::KernelRun(Device& device, std::shared_ptr<const BuiltProgram> program, KernelSignature signature)
-    : device_(device), program_(std::move(program)), signature_(std::move(signature)), memory_(signature_.parameters.size())
+namespace {
+
+constexpr std::chrono::milliseconds kFirstRunAllowance{10000};
+
+// Shared with OpenCL's completion callback, which may come after the run
+// that waited for it has given up and gone.
+struct Completion {
+    std::mutex mutex;
+    std::condition_variable done;
+    bool complete = false;
+    cl_int status = CL_COMPLETE;
+};
+
+void CL_CALLBACK onKernelComplete(cl_event, cl_int status, void* data)
+{
+    auto* completion = static_cast<std::shared_ptr<Completion>*>(data);
+    {
+        std::lock_guard lock((*completion)->mutex);
+        (*completion)->complete = true;
+        (*completion)->status = status;
+    }
+    (*completion)->done.notify_all();
+    delete completion;
+}
+
+}  // namespace
+
+KernelRun::KernelRun(Device& device, std::shared_ptr<const BuiltProgram> program, KernelSignature signature,
+                     std::chrono::milliseconds timeout)
+    : device_(device), program_(std::move(program)), signature_(std::move(signature)), memory_(signature_.parameters.size()),
+      timeout_(timeout)
 {
     if (!program_ || !program_->program) {
         error_ = QStringLiteral("the kernel did not build");
@@ -41,6 +72,8 @@ KernelRun::KernelRun(Device& device, std::shared_ptr<const BuiltProgram> program
 
 KernelRun::~KernelRun()
 {
+    // A kernel given up on may still be using all of it.
+    if (gaveUp_) return;
     if (queue_) clFinish(queue_);
     for (Memory& m : memory_)
         if (m.object) clReleaseMemObject(m.object);
@@ -84,9 +117,34 @@ cl_mem KernelRun::imageOf(std::size_t index, QSize size, cl_mem_flags flags, cl_
     return m.object;
 }
 
+bool KernelRun::waitForKernel(cl_event done)
+{
+    auto completion = std::make_shared<Completion>();
+    auto* forCallback = new std::shared_ptr<Completion>(completion);
+    cl_int status = clSetEventCallback(done, CL_COMPLETE, onKernelComplete, forCallback);
+    if (status != CL_SUCCESS) {
+        delete forCallback;
+        status = clWaitForEvents(1, &done);
+        clReleaseEvent(done);
+        return status == CL_SUCCESS || fail(QStringLiteral("the kernel failed"), status);
+    }
+    clFlush(queue_);
+    std::unique_lock lock(completion->mutex);
+    const auto allowance = ranOnce_ ? std::chrono::milliseconds(0) : kFirstRunAllowance;
+    ranOnce_ = true;
+    const bool finished = completion->done.wait_for(lock, timeout_ + allowance, [&] { return completion->complete; });
+    clReleaseEvent(done);  // the callback keeps its own reference until it has run
+    if (!finished) {
+        gaveUp_ = true;
+        error_ = QStringLiteral("the kernel ran longer than %1 ms and is not run again").arg(timeout_.count());
+        return false;
+    }
+    return completion->status == CL_COMPLETE || fail(QStringLiteral("the kernel failed"), completion->status);
+}
+
 bool KernelRun::run(QSize range, bool twoDimensional, std::vector<KernelArgument>& arguments)
 {
-    if (!kernel_) return false;
+    if (!kernel_ || gaveUp_) return false;
     if (arguments.size() != signature_.parameters.size()) {
         error_ = QStringLiteral("%1 arguments for %2 parameters").arg(arguments.size()).arg(signature_.parameters.size());
         return false;
@@ -142,10 +200,15 @@ bool KernelRun::run(QSize range, bool twoDimensional, std::vector<KernelArgument
     }
 
     const size_t global[2] = {size_t(range.width()), size_t(range.height())};
-    status = clEnqueueNDRangeKernel(queue_, kernel_, twoDimensional ? 2 : 1, nullptr, global, nullptr, 0, nullptr, nullptr);
+    cl_event done = nullptr;
+    status = clEnqueueNDRangeKernel(queue_, kernel_, twoDimensional ? 2 : 1, nullptr, global, nullptr, 0, nullptr, &done);
     if (status != CL_SUCCESS) {
         clFinish(queue_);
         return fail(QStringLiteral("cannot run the kernel"), status);
+    }
+    if (!waitForKernel(done)) {
+        if (!gaveUp_) clFinish(queue_);
+        return false;
     }
 
     for (std::size_t i = 0; i < arguments.size(); ++i) {

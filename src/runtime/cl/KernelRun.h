@@ -11,6 +11,7 @@
 #include <QImage>
 #include <QSize>
 
+#include <chrono>
 #include <vector>
 
 namespace runtime::cl {
@@ -23,12 +24,19 @@ struct KernelArgument {
 
 class KernelRun {
 public:
-    KernelRun(Device& device, std::shared_ptr<const BuiltProgram> program, KernelSignature signature);
+    // A kernel still running after `timeout` is given up: OpenCL cannot stop
+    // it, so the frame goes on without its result and this run is not used
+    // again (its device objects are left to the kernel, never released).
+    // The first run may take 10 s more: devices such as PoCL compile the
+    // kernel for its range only when it is first run.
+    KernelRun(Device& device, std::shared_ptr<const BuiltProgram> program, KernelSignature signature,
+              std::chrono::milliseconds timeout = std::chrono::milliseconds(2000));
     ~KernelRun();
     KernelRun(const KernelRun&) = delete;
     KernelRun& operator=(const KernelRun&) = delete;
 
     bool isValid() const { return kernel_ != nullptr; }
+    bool gaveUp() const { return gaveUp_; }
     const QString& error() const { return error_; }
 
     // Runs over `range` (height 1 for a 1-D range). Inputs are read from
@@ -43,6 +51,7 @@ private:
         QSize size;        // images
     };
     bool fail(const QString& what, cl_int status);
+    bool waitForKernel(cl_event done);
     cl_mem bufferOf(std::size_t index, size_t bytes, cl_mem_flags flags, cl_int* status);
     cl_mem imageOf(std::size_t index, QSize size, cl_mem_flags flags, cl_int* status);
 
@@ -52,6 +61,9 @@ private:
     cl_kernel kernel_ = nullptr;
     cl_command_queue queue_ = nullptr;
     std::vector<Memory> memory_;  // per parameter
+    std::chrono::milliseconds timeout_;
+    bool gaveUp_ = false;
+    bool ranOnce_ = false;
     QString error_;
 };
 
