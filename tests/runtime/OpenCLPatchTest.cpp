@@ -90,6 +90,14 @@ TEST(KernelSignature, RefusesWhatThePatchCannotFeed)
         EXPECT_TRUE(error.contains(QLatin1String(expected))) << source << " → " << error.toStdString();
     }
     QString error;
+    const QString huge = QStringLiteral("__kernel void k(__global float* a) {}") + QString(runtime::cl::kMaxKernelSourceLength, QLatin1Char(' '));
+    EXPECT_FALSE(runtime::cl::readKernelSignature(huge, &error));
+    EXPECT_TRUE(error.contains("longer than")) << error.toStdString();
+    // Garbage reads as no kernel, without a crash.
+    for (const char* junk : {"", "(((((", "kernel void", "kernel void k(", "__kernel void k(,,)", "\x01\xff kernel void 9("}) {
+        EXPECT_FALSE(runtime::cl::readKernelSignature(QString::fromLatin1(junk), &error)) << junk;
+        EXPECT_FALSE(error.isEmpty());
+    }
     const auto none = runtime::cl::readKernelSignature(QStringLiteral("kernel void k(void) {}"), &error);
     ASSERT_TRUE(none);
     EXPECT_TRUE(none->parameters.empty());

@@ -95,6 +95,12 @@ std::optional<KernelParameter> readParameter(const QString& text, QString* error
 
 std::optional<KernelSignature> readKernelSignature(const QString& source, QString* error)
 {
+    // Kernels are a page or two; a megabyte is a damaged or hostile file,
+    // and would keep the compiler busy at load.
+    if (source.size() > kMaxKernelSourceLength) {
+        *error = QStringLiteral("the source is longer than %1 characters").arg(kMaxKernelSourceLength);
+        return std::nullopt;
+    }
     const QString text = withoutComments(source);
     static const QRegularExpression head(
         QStringLiteral("\\b(?:__kernel|kernel)\\s+(?:__attribute__\\s*\\(\\(.*?\\)\\)\\s*)?void\\s+([A-Za-z_][A-Za-z0-9_]*)\\s*\\("),

@@ -34,9 +34,12 @@ struct KernelSignature {
     std::vector<KernelParameter> parameters;
 };
 
+constexpr qsizetype kMaxKernelSourceLength = 1 << 20;
+
 // The first `kernel void name(...)` of the source, or nullopt with a reason
 // (no kernel, or a parameter of a kind the patch cannot feed: local memory,
-// 3-D images, samplers, structures, 8- and 16-wide vectors).
+// 3-D images, samplers, structures, 8- and 16-wide vectors; sources over
+// kMaxKernelSourceLength characters).
 std::optional<KernelSignature> readKernelSignature(const QString& source, QString* error);
 
 }  // namespace runtime::cl
