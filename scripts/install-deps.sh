@@ -13,6 +13,7 @@ packages=(
   python3 python3-jsonschema
   desktop-file-utils appstream shared-mime-info
   libassimp-dev
+  ocl-icd-opencl-dev opencl-c-headers pocl-opencl-icd
 )
 
 missing=()

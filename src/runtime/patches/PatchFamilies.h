@@ -27,6 +27,9 @@ void registerCompositionPatches(PatchRegistry& registry);  // Patch Renderer, Pa
 void registerThreeDPatches(PatchRegistry& registry);     // Track Ball, Replicator, Lighting, Sphere, Cube
 void registerMeshPatches(PatchRegistry& registry);       // Mesh Creator, Renderer, Transform, Components, Bounds
 void registerModelPatches(PatchRegistry& registry);      // Mesh Importer (3-D model files through Assimp)
+void registerUtilityPatches(PatchRegistry& registry);    // Noise, String MD5, FPS Display
+void registerOpenCLPatches(PatchRegistry& registry);     // OpenCL Kernel (run on the process's OpenCL device)
+void registerNetworkMessagingPatches(PatchRegistry& registry);  // Network Broadcaster / Receiver (UDP, off the frame)
 
 inline void registerAllPatches(PatchRegistry& registry)
 {
@@ -52,6 +55,9 @@ inline void registerAllPatches(PatchRegistry& registry)
     registerNetworkPatches(registry);
     registerFilePatches(registry);
     registerCompositionPatches(registry);
+    registerUtilityPatches(registry);
+    registerOpenCLPatches(registry);
+    registerNetworkMessagingPatches(registry);
 }
 
 template <class T>
