@@ -7,7 +7,9 @@
 // (x in −1…1), 2·h/w units high, origin at the centre, y up, z towards the
 // viewer. Quads are drawn in perspective with the eye on the z axis.
 
+#include "runtime/Fog.h"
 #include "runtime/Image.h"
+#include "runtime/ShaderProgram.h"
 #include "runtime/Value.h"
 
 #include <QMatrix4x4>
@@ -17,6 +19,7 @@
 #include <QVector3D>
 #include <QTransform>
 
+#include <cmath>
 #include <memory>
 #include <vector>
 
@@ -67,6 +70,21 @@ struct MeshDraw {
     const Lighting* lighting = nullptr;  // unlit when null
 };
 
+// What environment patches (Projection, Fog, GLSL Shader) set on a target
+// for everything their children draw into it. Each restores the one it
+// found when its children are done; a Render In Image inside starts afresh.
+struct DrawEnvironment {
+    // Of the eye from the z = 0 plane, in units; infinite (or not
+    // positive) is an orthographic view. z = 0 maps one to one either way.
+    double eyeDistance = kEyeDistance;
+    const Fog* fog = nullptr;                // meshes only
+    const ShaderProgram* program = nullptr;  // OpenGL only; prepared first
+    bool orthographic() const { return !(eyeDistance > 0) || std::isinf(eyeDistance); }
+    // Depth along the line of sight, as fog measures it; an orthographic
+    // view measures from where the standard eye would be.
+    double depthOf(const QVector3D& p) const { return (orthographic() ? kEyeDistance : eyeDistance) - double(p.z()); }
+};
+
 class RenderTarget {
 public:
     virtual ~RenderTarget() = default;
@@ -80,6 +98,20 @@ public:
     // elsewhere than in memory writes it back.
     virtual void finish() {}
 
+    const DrawEnvironment& environment() const { return environment_; }
+    // Returns the previous environment so that the caller can restore it.
+    DrawEnvironment setEnvironment(const DrawEnvironment& environment)
+    {
+        DrawEnvironment previous = environment_;
+        environment_ = environment;
+        environmentChanged();
+        return previous;
+    }
+    // Compiles (once) what a program environment will draw with: an empty
+    // string when it can, else why not (the compiler's log). Targets
+    // without GLSL say so; their draws ignore the program.
+    virtual QString prepareProgram(const ShaderProgram&) { return QStringLiteral("GLSL shaders need the OpenGL backend"); }
+
     // Units across the destination: 2 wide, 2·h/w high.
     double unitsWide() const { return 2.0; }
     double unitsHigh() const
@@ -87,6 +119,12 @@ public:
         const QSize s = pixelSize();
         return s.width() > 0 ? 2.0 * s.height() / s.width() : 0.0;
     }
+
+protected:
+    virtual void environmentChanged() {}
+
+private:
+    DrawEnvironment environment_;
 };
 
 class Backend {

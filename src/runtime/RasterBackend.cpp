@@ -157,9 +157,15 @@ bool RasterTarget::project(const QuadDraw& quad, Corners& corners) const
 bool RasterTarget::projectPoint(const QVector3D& p, QPointF& pixel) const
 {
     const double w = image().width(), h = image().height();
-    const double depth = kEyeDistance - double(p.z());
-    if (depth <= 1e-6) return false;  // behind the eye
-    const double s = kEyeDistance / depth;
+    // Perspective divides by the distance from the eye, scaled so that
+    // z = 0 maps one to one; an orthographic view does not divide.
+    double s = 1.0;
+    if (!environment().orthographic()) {
+        const double eye = environment().eyeDistance;
+        const double depth = eye - double(p.z());
+        if (depth <= 1e-6 * eye) return false;  // behind the eye
+        s = eye / depth;
+    }
     const QPointF unit = view_.map(QPointF(p.x() * s, p.y() * s));
     pixel = QPointF((unit.x() + 1.0) * w / 2.0, h / 2.0 - unit.y() * w / 2.0);
     return true;

@@ -1,6 +1,7 @@
 #include "runtime/gl/GlContext.h"
 
 #include <QGuiApplication>
+#include <QOpenGLVersionFunctionsFactory>
 #include <QThread>
 
 namespace runtime {
@@ -75,9 +76,22 @@ uniform int lightCount;
 uniform vec3 lightPosition[4];
 uniform vec3 lightColor[4];
 uniform float lightAttenuation[4];
+uniform int fogMode;  // -1 none, 0 linear, 1 exponential, 2 exponential squared (Fog.cpp)
+uniform vec3 fogColor;
+uniform float fogDensity;
+uniform float fogStart;
+uniform float fogEnd;
 varying vec2 uv;
 varying vec3 eyePosition;
 varying vec3 eyeNormal;
+float fogAmount(float depth)
+{
+    float visible = 1.0;
+    if (fogMode == 0) visible = fogEnd > fogStart ? (fogEnd - depth) / (fogEnd - fogStart) : (depth < fogStart ? 1.0 : 0.0);
+    else if (fogMode == 1) visible = exp(-max(0.0, fogDensity) * max(0.0, depth));
+    else if (fogMode == 2) { float x = max(0.0, fogDensity) * max(0.0, depth); visible = exp(-x * x); }
+    return 1.0 - clamp(visible, 0.0, 1.0);
+}
 void main()
 {
     vec3 rgb = color.rgb;
@@ -101,6 +115,7 @@ void main()
     }
     vec4 pixel = vec4(rgb * color.a, color.a);
     if (hasImage) pixel *= texture2D(image, uv);
+    if (fogMode >= 0) pixel.rgb = mix(pixel.rgb, fogColor * pixel.a, fogAmount(eye.z - eyePosition.z));
     gl_FragColor = pixel;
 }
 )";
@@ -155,6 +170,8 @@ bool GlContext::create(QString* why)
         *why = QStringLiteral("the OpenGL context cannot be made current");
         return false;
     }
+    legacy_ = QOpenGLVersionFunctionsFactory::get<QOpenGLFunctions_2_1>(&context_);
+    if (legacy_ && !legacy_->initializeOpenGLFunctions()) legacy_ = nullptr;
     quadProgram_ = std::make_unique<QOpenGLShaderProgram>();
     if (!quadProgram_->addShaderFromSourceCode(QOpenGLShader::Vertex, kQuadVertexShader) ||
         !quadProgram_->addShaderFromSourceCode(QOpenGLShader::Fragment, kQuadFragmentShader) ||

@@ -25,6 +25,9 @@ void registerNetworkPatches(PatchRegistry& registry);    // Image/XML Downloader
 void registerFilePatches(PatchRegistry& registry);       // Directory Scanner
 void registerCompositionPatches(PatchRegistry& registry);  // Patch Renderer, Patch Info, Repository Compositions
 void registerThreeDPatches(PatchRegistry& registry);     // Track Ball, Replicator, Lighting, Sphere, Cube
+void registerEnvironmentPatches(PatchRegistry& registry);  // Projection, Fog
+void registerShaderPatches(PatchRegistry& registry);     // GLSL Shader
+void registerTeapotPatches(PatchRegistry& registry);     // Teapot
 
 inline void registerAllPatches(PatchRegistry& registry)
 {
@@ -45,6 +48,9 @@ inline void registerAllPatches(PatchRegistry& registry)
     registerGeometryPatches(registry);
     registerDevicePatches(registry);
     registerThreeDPatches(registry);
+    registerEnvironmentPatches(registry);
+    registerShaderPatches(registry);
+    registerTeapotPatches(registry);
     registerNetworkPatches(registry);
     registerFilePatches(registry);
     registerCompositionPatches(registry);
