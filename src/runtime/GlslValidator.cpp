@@ -32,8 +32,20 @@ QStringList glslErrors(const QString& source, ShaderStage stage)
     const char* strings[] = {text.constData()};
     const int lengths[] = {int(text.size())};
     shader.setStringsWithLengths(strings, lengths, 1);
-    const auto messages = EShMessages(EShMsgDefault | EShMsgCascadingErrors);
-    if (shader.parse(GetDefaultResources(), kDefaultVersion, ENoProfile, false, false, messages)) return {};
+    // glslang stops at the first error, as drivers mostly do; going on
+    // would list the errors that follow from it.
+    const auto messages = EShMsgDefault;
+    if (shader.parse(GetDefaultResources(), kDefaultVersion, ENoProfile, false, false, messages)) {
+        // Linking the stage alone finds what a compile does not: no main().
+        glslang::TProgram program;
+        program.addShader(&shader);
+        if (program.link(messages)) return {};
+        QStringList errors;
+        for (const QString& line : QString::fromUtf8(program.getInfoLog()).split(u'\n', Qt::SkipEmptyParts))
+            if (line.startsWith(QLatin1String("ERROR:"))) errors << line.mid(6).trimmed();
+        if (errors.isEmpty()) errors << QStringLiteral("the stage does not link");
+        return errors;
+    }
 
     // "ERROR: 0:5: 'foo' : undeclared identifier" → "line 5: 'foo' : …";
     // glslang's closing summary lines carry no place and are dropped.
