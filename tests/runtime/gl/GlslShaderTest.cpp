@@ -5,6 +5,8 @@
 
 #include "../CompositionBuilder.h"
 
+#include "runtime/gl/GlProgramCheck.h"
+
 #include <QFile>
 
 #include <gtest/gtest.h>
@@ -137,6 +139,27 @@ TEST(GlslShaderOnOpenGL, ABrokenProgramLeavesItsChildrenUnshaded)
     EXPECT_EQ(image.pixel(2, 2), qRgb(0, 0, 0));
 }
 
+TEST(GlslShaderOnOpenGL, TheDriverReportsWhatDoesNotCompile)
+{
+    Node broken = shader(kPassThrough, "void main()\n{\n    gl_FragColor = vec4(1.0) * undefinedThing;\n}\n");
+    Node fine = shader(kPassThrough, "void main() { gl_FragColor = gl_Color; }");
+    Node macro("QCPatch", "Patch_1");
+    macro.child(broken);
+    Node r = test::root();
+    r.child(macro).child(fine);
+    auto composition = test::load(r);
+    ASSERT_TRUE(composition);
+    const auto problems = runtime::programProblemsFromDriver(*composition);
+    ASSERT_TRUE(problems.has_value());
+    ASSERT_FALSE(problems->isEmpty());
+    for (const QString& line : *problems) {
+        EXPECT_TRUE(line.startsWith("Patch_1/GLSLShader_1: the OpenGL driver does not compile the fragment shader: "))
+            << line.toStdString();
+        EXPECT_FALSE(line.contains(u'\n'));
+    }
+    EXPECT_TRUE(problems->join(' ').contains("undefinedThing")) << problems->join('\n').toStdString();
+}
+
 TEST(GlslShaderOnOpenGL, TheCorpusFileRendersItsShadedTeapot)
 {
     const QString file = QStringLiteral(VELLORAN_CORPUS_DIR "/kineme_GLTools_GLTools-scissor.qtz");
@@ -146,6 +169,9 @@ TEST(GlslShaderOnOpenGL, TheCorpusFileRendersItsShadedTeapot)
     ASSERT_TRUE(composition) << error.toStdString();
     EXPECT_FALSE(composition->unsupportedClasses().contains("QCGLSLShader"));
     EXPECT_FALSE(composition->unsupportedClasses().contains("QCTeapot"));
+    const auto driver = runtime::programProblemsFromDriver(*composition);
+    ASSERT_TRUE(driver.has_value());
+    EXPECT_TRUE(driver->isEmpty()) << driver->join('\n').toStdString();
     runtime::Renderer renderer(composition, QSize(160, 120));
     renderer.render(1.0);
     const QImage image = renderer.snapshot();
