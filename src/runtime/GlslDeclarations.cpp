@@ -42,6 +42,26 @@ std::optional<UniformKind> kindOf(QStringView type)
     return std::nullopt;
 }
 
+// "a = vec2(1.0, 2.0), b" → "a = vec2(1.0, 2.0)", " b": commas inside an
+// initialiser's parentheses do not start an item.
+QStringList topLevelItems(const QString& declarators)
+{
+    QStringList items;
+    int depth = 0;
+    qsizetype start = 0;
+    for (qsizetype i = 0; i < declarators.size(); ++i) {
+        const QChar c = declarators[i];
+        if (c == u'(' || c == u'[') ++depth;
+        else if ((c == u')' || c == u']') && depth > 0) --depth;
+        else if (c == u',' && depth == 0) {
+            items << declarators.mid(start, i - start);
+            start = i + 1;
+        }
+    }
+    items << declarators.mid(start);
+    return items;
+}
+
 }  // namespace
 
 std::vector<UniformDeclaration> declaredUniforms(const QStringList& sources)
@@ -59,7 +79,7 @@ std::vector<UniformDeclaration> declaredUniforms(const QStringList& sources)
             const auto match = it.next();
             const auto kind = kindOf(match.capturedView(1));
             if (!kind) continue;
-            for (const QString& part : match.captured(2).split(u',')) {
+            for (const QString& part : topLevelItems(match.captured(2))) {
                 const auto name = item.match(part);
                 if (!name.hasMatch() || name.hasCaptured(2)) continue;  // arrays have no port
                 const QString key = name.captured(1);

@@ -45,14 +45,14 @@ TEST(GlslDeclarations, UniformsOfPortTypesInOrderOfDeclaration)
         "/* uniform float alsoCommented; */ uniform highp vec2 offset, scale;\n"
         "uniform mat4 matrix; uniform float weights[4]; uniform vec4 tint;\n");
     const QString fragment = QStringLiteral("uniform sampler2D texture; uniform int count;\nuniform bool on; uniform float amount;\n"
-                                            "uniform vec3 gl_Reserved;\nuniform vec3 direction = vec3(1.0);\n");
+                                            "uniform vec3 gl_Reserved;\nuniform vec3 direction = vec3(1.0, 0.0, b), up;\n");
     const auto uniforms = runtime::declaredUniforms({vertex, fragment});
     std::vector<std::pair<QString, runtime::UniformKind>> got;
     for (const auto& u : uniforms) got.emplace_back(u.name, u.kind);
     using K = runtime::UniformKind;
     const std::vector<std::pair<QString, K>> expected{{"amount", K::Float}, {"offset", K::Vec2}, {"scale", K::Vec2},
                                                       {"tint", K::Vec4},    {"texture", K::Sampler}, {"count", K::Int},
-                                                      {"on", K::Bool},      {"direction", K::Vec3}};
+                                                      {"on", K::Bool},      {"direction", K::Vec3}, {"up", K::Vec3}};
     EXPECT_EQ(got, expected);
 }
 

@@ -45,8 +45,12 @@ public:
         }
         const QString error = target->prepareProgram(program_);
         if (!error.isEmpty()) {
-            context.services().logOnce(
-                QStringLiteral("%1: %2; the patches inside draw unshaded").arg(path_, error.left(2000)));
+            // Said once per reason: a still frame allocates nothing.
+            if (error != lastError_) {
+                lastError_ = error;
+                context.services().logOnce(
+                    QStringLiteral("%1: %2; the patches inside draw unshaded").arg(path_, error.left(2000)));
+            }
             MacroPatch::execute(context, time);
             return;
         }
@@ -124,6 +128,7 @@ private:
     }
 
     QString path_;
+    QString lastError_;
     ShaderProgram program_;
     std::vector<Bound> bound_;
 };
