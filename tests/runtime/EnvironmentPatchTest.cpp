@@ -6,6 +6,8 @@
 #include "runtime/Fog.h"
 #include "runtime/TeapotData.h"
 
+#include <QFile>
+
 #include <gtest/gtest.h>
 
 #include <cmath>
@@ -241,6 +243,20 @@ TEST(Projection, SixtyDegreesIsTheStandardViewAndZeroIsFlat)
     EXPECT_LE(largest, 2);
     EXPECT_GT(coveredInRow(plainImage, 48, qRgb(0, 0, 0)), 40);  // 32 px at z = 0, larger nearer the eye
     EXPECT_NEAR(coveredInRow(draw(flat), 48, qRgb(0, 0, 0)), 32, 1);
+}
+
+TEST(Projection, TheCorpusFlipCardLoadsAndRenders)
+{
+    const QString file = QStringLiteral(VELLORAN_CORPUS_DIR "/ideo_avocado_Flip.qtz");
+    if (!QFile::exists(file)) GTEST_SKIP() << "corpus file missing: " << file.toStdString();
+    QString error;
+    auto composition = runtime::Composition::loadFile(file, &error);
+    ASSERT_TRUE(composition) << error.toStdString();
+    EXPECT_FALSE(composition->unsupportedClasses().contains("QCProjection"));
+    EXPECT_EQ(composition->patchCounts().at("QCProjection"), 2);
+    runtime::Renderer renderer(composition, QSize(160, 90));
+    for (double t : {0.0, 0.5, 1.0}) renderer.render(t);
+    EXPECT_EQ(renderer.snapshot().size(), QSize(160, 90));
 }
 
 }  // namespace
