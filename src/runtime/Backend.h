@@ -45,6 +45,9 @@ struct QuadDraw {
     // Tested against (and written to) the depth buffer meshes fill, where
     // the backend has one (OpenGL); raster draws in order regardless.
     bool depthTest = false;
+    // A layer in the 3-D scene (a Sprite): fogged inside a Fog patch.
+    // Billboards face the viewer outside the scene and are not.
+    bool fogged = false;
 };
 
 struct Lighting;
@@ -77,7 +80,7 @@ struct DrawEnvironment {
     // Of the eye from the z = 0 plane, in units; infinite (or not
     // positive) is an orthographic view. z = 0 maps one to one either way.
     double eyeDistance = kEyeDistance;
-    const Fog* fog = nullptr;                // meshes only
+    const Fog* fog = nullptr;                // meshes and fogged quads
     const ShaderProgram* program = nullptr;  // OpenGL only; prepared first
     bool orthographic() const { return !(eyeDistance > 0) || std::isinf(eyeDistance); }
     // Depth along the line of sight, as fog measures it; an orthographic

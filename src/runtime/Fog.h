@@ -1,5 +1,5 @@
 #pragma once
-// The fog a Fog patch lays over the meshes inside it: the fog colour mixed
+// The fog a Fog patch lays over the meshes and sprites inside it: the fog colour mixed
 // into each surface by its distance from the eye, as OpenGL's fixed-function
 // fog does it (linear between a start and an end, or exponential).
 

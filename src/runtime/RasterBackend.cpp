@@ -176,6 +176,26 @@ void RasterTarget::drawQuad(const QuadDraw& quad)
     if (quad.rect.width() == 0 || quad.rect.height() == 0) return;
     Corners corners;
     if (!project(quad, corners)) return;
+    const Fog* fog = quad.fogged ? environment().fog : nullptr;
+    if (fog) {
+        // One amount for the whole layer, at its centre's depth. A flat
+        // layer mixes in the fog colour exactly; an image is multiplied by
+        // white mixed towards it, exact for black fog (a fade into the
+        // dark) and for the image's white, darker elsewhere.
+        const QPointF centre = quad.rect.center();
+        const double depth = environment().depthOf(quad.transform.map(QVector3D(float(centre.x()), float(centre.y()), 0)));
+        QuadDraw fogged = quad;
+        if (quad.image.isNull()) {
+            fogged.color = fog->apply(quad.color, depth);
+        } else {
+            const Color mix = fog->apply(Color::white(), depth);
+            fogged.color = Color{quad.color.red * mix.red, quad.color.green * mix.green, quad.color.blue * mix.blue, quad.color.alpha};
+        }
+        fogged.fogged = false;
+        if (fogged.image.isNull()) drawFlat(fogged, corners);
+        else drawImage(fogged, corners);
+        return;
+    }
     if (quad.image.isNull()) drawFlat(quad, corners);
     else drawImage(quad, corners);
 }

@@ -260,3 +260,36 @@ TEST(Projection, TheCorpusFlipCardLoadsAndRenders)
 }
 
 }  // namespace
+
+namespace {
+
+TEST(Fog, SpritesAreFoggedAndBillboardsAreNot)
+{
+    // A flat sprite mixes in the fog colour by its depth; an image sprite
+    // in black fog fades towards black; a billboard is left alone.
+    Node fog("QCFog", "Fog_1");
+    fog.input("inputType", 0).input("inputStart", 1.0).input("inputEnd", 2.5).input("inputColor", test::colorValue(0, 0, 0));
+    Node flat("QCSprite", "Sprite_1");
+    flat.input("inputX", -0.5).input("inputWidth", 0.4).input("inputHeight", 0.4).input("inputColor", test::colorValue(1, 1, 1));
+    Node pictured("QCSprite", "Sprite_2");
+    pictured.input("inputX", 0.0).input("inputWidth", 0.4).input("inputHeight", 0.4);
+    Node billboard("QCBillboard", "Billboard_1");
+    billboard.state("sizeMode", "custom").input("inputX", 0.5).custom("inputWidth", 0.4).custom("inputHeight", 0.4);
+    fog.child(flat).child(pictured).child(billboard);
+    Node r = test::root();
+    r.child(clearTo(0)).child(fog);
+    QImage white(8, 8, QImage::Format_ARGB32);
+    white.fill(Qt::white);
+    runtime::Renderer renderer(test::load(r), kSize);
+    ASSERT_TRUE(renderer.setNodeInputValue("Fog_1/Sprite_2", "inputImage", white));
+    ASSERT_TRUE(renderer.setNodeInputValue("Fog_1/Billboard_1", "inputImage", white));
+    renderer.render(0);
+    const QImage image = renderer.snapshot().convertToFormat(QImage::Format_ARGB32);
+    // Depth 1.732 from the eye: (1.732 − 1) / 1.5 of the way to black.
+    const int expected = int(std::lround(255 * (1 - (1.7320508 - 1.0) / 1.5)));
+    EXPECT_NEAR(qGray(image.pixel(64 - 32, 48)), expected, 3);
+    EXPECT_NEAR(qGray(image.pixel(64, 48)), expected, 3);
+    EXPECT_EQ(image.pixel(64 + 32, 48), qRgb(255, 255, 255));
+}
+
+}  // namespace

@@ -14,10 +14,14 @@ const char* const kQuadVertexShader = R"(#version 120
 attribute vec3 position;
 attribute vec2 texCoord;
 uniform mat4 matrix;
+uniform mat4 local;  // to destination units, for the depth fog reads
+uniform float eyeZ;
 varying vec2 uv;
+varying float depth;
 void main()
 {
     uv = texCoord;
+    depth = eyeZ - (local * vec4(position, 1.0)).z;
     gl_Position = matrix * vec4(position, 1.0);
 }
 )";
@@ -28,7 +32,21 @@ uniform sampler2D mask;
 uniform bool hasImage;
 uniform bool hasMask;
 uniform vec4 color;
+uniform int fogMode;  // as in the mesh program
+uniform vec3 fogColor;
+uniform float fogDensity;
+uniform float fogStart;
+uniform float fogEnd;
 varying vec2 uv;
+varying float depth;
+float fogAmount(float d)
+{
+    float visible = 1.0;
+    if (fogMode == 0) visible = fogEnd > fogStart ? (fogEnd - d) / (fogEnd - fogStart) : (d < fogStart ? 1.0 : 0.0);
+    else if (fogMode == 1) visible = exp(-max(0.0, fogDensity) * max(0.0, d));
+    else if (fogMode == 2) { float x = max(0.0, fogDensity) * max(0.0, d); visible = exp(-x * x); }
+    return 1.0 - clamp(visible, 0.0, 1.0);
+}
 void main()
 {
     vec4 pixel = hasImage ? texture2D(image, uv) * color : color;
@@ -38,6 +56,7 @@ void main()
         // luminance of the stored colour.
         pixel *= dot(m.rgb, vec3(0.299, 0.587, 0.114));
     }
+    if (fogMode >= 0) pixel.rgb = mix(pixel.rgb, fogColor * pixel.a, fogAmount(depth));
     gl_FragColor = pixel;
 }
 )";

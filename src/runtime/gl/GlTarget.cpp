@@ -100,6 +100,7 @@ GlTarget::GlTarget(GlBackend& backend, QImage* external, const QTransform& view)
     program.bind();
     program.setUniformValue("hasImage", true);
     program.setUniformValue("hasMask", false);
+    program.setUniformValue("fogMode", -1);
     program.setUniformValue("image", 0);
     program.setUniformValue("color", QVector4D(1, 1, 1, 1));
     program.setUniformValue("matrix", projection_);
@@ -199,6 +200,16 @@ void GlTarget::drawQuad(const QuadDraw& quad)
             matrix = snap * matrix;
         }
     program.setUniformValue("matrix", matrix);
+    const Fog* fog = quad.fogged ? environment().fog : nullptr;
+    program.setUniformValue("fogMode", fog ? int(fog->mode) : -1);
+    if (fog) {
+        program.setUniformValue("local", quad.transform);
+        program.setUniformValue("eyeZ", float(environment().orthographic() ? kEyeDistance : environment().eyeDistance));
+        program.setUniformValue("fogColor", QVector3D(unitChannel(fog->color.red), unitChannel(fog->color.green), unitChannel(fog->color.blue)));
+        program.setUniformValue("fogDensity", float(fog->density));
+        program.setUniformValue("fogStart", float(fog->start));
+        program.setUniformValue("fogEnd", float(fog->end));
+    }
 
     applyBlendAndDepth(gl, quad.blend, quad.depthTest);
     gl.glDisable(GL_CULL_FACE);

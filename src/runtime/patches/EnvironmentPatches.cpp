@@ -57,7 +57,7 @@ private:
     InputPort* fieldOfView_;
 };
 
-// Fog over the meshes inside: Type 0 linear (from Linear Start to Linear
+// Fog over the meshes and sprites inside: Type 0 linear (from Linear Start to Linear
 // End, in units from the eye), 1 exponential, 2 exponential squared (by
 // Exponential Density), as OpenGL's fog. Quality and Distance Mode are
 // kept as ports; we always measure depth along the line of sight.

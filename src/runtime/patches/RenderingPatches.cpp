@@ -77,6 +77,7 @@ public:
         quad.blend = blendModeFromIndex(index(blending_));
         quad.antialias = antialias_;
         quad.depthTest = index(depth_) != 0;
+        quad.fogged = true;
         context.target()->drawQuad(quad);
     }
 
