@@ -34,6 +34,8 @@ BlendMode blendModeFromIndex(int index);
 // of view across the 2-unit-wide destination.
 inline constexpr double kEyeDistance = 1.7320508075688772;
 
+struct Lighting;
+
 struct QuadDraw {
     QMatrix4x4 transform;  // local units → destination units (3-D)
     QRectF rect;           // the quad in local units (x, y, width, height; y up)
@@ -48,9 +50,10 @@ struct QuadDraw {
     // A layer in the 3-D scene (a Sprite): fogged inside a Fog patch.
     // Billboards face the viewer outside the scene and are not.
     bool fogged = false;
+    // The lights around a sprite, for GLSL programs that read them; the
+    // backends' own quads are drawn unlit.
+    const Lighting* lighting = nullptr;
 };
-
-struct Lighting;
 
 // A triangle mesh: every three vertices make a triangle, counter-clockwise
 // seen from the front.

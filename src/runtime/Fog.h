@@ -1,7 +1,8 @@
 #pragma once
-// The fog a Fog patch lays over the meshes and sprites inside it: the fog colour mixed
-// into each surface by its distance from the eye, as OpenGL's fixed-function
-// fog does it (linear between a start and an end, or exponential).
+// The fog a Fog patch lays over the meshes and sprites inside it: the fog
+// colour mixed into each surface by its distance from the eye, as OpenGL's
+// fixed-function fog does it (linear between a start and an end, or
+// exponential).
 
 #include "runtime/Value.h"
 

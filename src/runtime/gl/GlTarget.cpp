@@ -162,7 +162,7 @@ void GlTarget::drawQuad(const QuadDraw& quad)
                                              {float(r.right()), float(r.bottom()), 0, 0, 0, 1, 1, 0},
                                              {float(r.left()), float(r.bottom()), 0, 0, 0, 1, 0, 0}}};
         const ProgramVertices arrays{&corners[0].x, &corners[0].nx, &corners[0].s, int(sizeof(Corner)), 4, GL_TRIANGLE_FAN};
-        if (drawWithProgram(arrays, quad.transform, quad.image, quad.color, quad.blend, quad.depthTest, Culling::None, nullptr))
+        if (drawWithProgram(arrays, quad.transform, quad.image, quad.color, quad.blend, quad.depthTest, Culling::None, quad.lighting))
             return;
     }
     QOpenGLFunctions& gl = backend_.context().functions();

@@ -78,6 +78,7 @@ public:
         quad.antialias = antialias_;
         quad.depthTest = index(depth_) != 0;
         quad.fogged = true;
+        quad.lighting = context.lighting();
         context.target()->drawQuad(quad);
     }
 

@@ -125,6 +125,24 @@ TEST(GlslShaderOnOpenGL, MeshesFeedTheirNormals)
     EXPECT_GT(qRed(image.pixel(64 + 20, 48)), qRed(front) + 40);
 }
 
+TEST(GlslShaderOnOpenGL, LightsAndFogReachTheBuiltIns)
+{
+    // Programs read the Lighting and Fog patches around them as OpenGL's
+    // fixed-function state: the light's colour left, the fog's right.
+    Node s = shader(kPassThrough, "void main() { gl_FragColor = gl_TexCoord[0].x < 0.5 ? vec4(gl_LightSource[0].diffuse.rgb, 1.0)"
+                                  " : vec4(gl_Fog.color.rgb, 1.0); }");
+    s.child(sprite(1, 1, 1));
+    Node fog("QCFog", "Fog_1");
+    fog.input("inputColor", test::colorValue(0, 0.5, 1)).child(s);
+    Node lighting("QCLighting", "Lighting_1");
+    lighting.state("lightCount", 1).input("color_1", test::colorValue(1, 0.5, 0)).child(fog);
+    Node r = test::root();
+    r.child(clearBlack()).child(lighting);
+    const QImage image = draw(r);
+    EXPECT_TRUE(near(image.pixel(64 - 16, 48), qRgb(255, 128, 0))) << std::hex << image.pixel(48, 48);
+    EXPECT_TRUE(near(image.pixel(64 + 16, 48), qRgb(0, 128, 255))) << std::hex << image.pixel(80, 48);
+}
+
 TEST(GlslShaderOnOpenGL, ABrokenProgramLeavesItsChildrenUnshaded)
 {
     Node s = shader(kPassThrough, "void main() { gl_FragColor = vec4(0.0, 1.0, 0.0, 1.0) * undefinedThing; }");
