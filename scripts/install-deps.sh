@@ -11,6 +11,7 @@ packages=(
   libavcodec-dev libavformat-dev libavutil-dev libswscale-dev
   xvfb xauth libgl1-mesa-dri libglx-mesa0 fonts-dejavu-core fonts-liberation2
   python3 python3-jsonschema
+  glslang-dev
   desktop-file-utils appstream shared-mime-info
   libassimp-dev
   ocl-icd-opencl-dev opencl-c-headers pocl-opencl-icd

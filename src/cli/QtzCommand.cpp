@@ -3,6 +3,7 @@
 
 #include "cli/Command.h"
 #include "runtime/Composition.h"
+#include "runtime/gl/GlProgramCheck.h"
 
 #include <QColor>
 #include <QImage>
@@ -76,10 +77,14 @@ int runQtzCommand(const QStringList& args, Streams& io)
     QJsonObject patches;
     if (composition)
         for (const auto& [className, count] : composition->patchCounts()) patches.insert(className, count);
+    QStringList problems = composition ? composition->problems() : QStringList{error};
+    // Where OpenGL is at hand, the driver's own word on GLSL programs too.
+    if (composition)
+        if (const auto driver = runtime::programProblemsFromDriver(*composition)) problems << *driver;
     QJsonObject report{{"loadable", bool(composition)},
                        {"patches", patches},
                        {"unsupported", QJsonArray::fromStringList(composition ? composition->unsupportedClasses() : QStringList())},
-                       {"problems", QJsonArray::fromStringList(composition ? composition->problems() : QStringList{error})}};
+                       {"problems", QJsonArray::fromStringList(problems)}};
     io.out << QJsonDocument(report).toJson(QJsonDocument::Indented);
     if (!composition) {
         io.err << "velloran-cli: cannot load " << args[1] << ": " << error << "\n";

@@ -7,7 +7,9 @@
 // (x in −1…1), 2·h/w units high, origin at the centre, y up, z towards the
 // viewer. Quads are drawn in perspective with the eye on the z axis.
 
+#include "runtime/Fog.h"
 #include "runtime/Image.h"
+#include "runtime/ShaderProgram.h"
 #include "runtime/Value.h"
 
 #include <QMatrix4x4>
@@ -18,6 +20,7 @@
 #include <QVector4D>
 #include <QTransform>
 
+#include <cmath>
 #include <memory>
 #include <vector>
 
@@ -32,6 +35,8 @@ BlendMode blendModeFromIndex(int index);
 // of view across the 2-unit-wide destination.
 inline constexpr double kEyeDistance = 1.7320508075688772;
 
+struct Lighting;
+
 struct QuadDraw {
     QMatrix4x4 transform;  // local units → destination units (3-D)
     QRectF rect;           // the quad in local units (x, y, width, height; y up)
@@ -43,9 +48,13 @@ struct QuadDraw {
     // Tested against (and written to) the depth buffer meshes fill, where
     // the backend has one (OpenGL); raster draws in order regardless.
     bool depthTest = false;
+    // A layer in the 3-D scene (a Sprite): fogged inside a Fog patch.
+    // Billboards face the viewer outside the scene and are not.
+    bool fogged = false;
+    // The lights around a sprite, for GLSL programs that read them; the
+    // backends' own quads are drawn unlit.
+    const Lighting* lighting = nullptr;
 };
-
-struct Lighting;
 
 // A triangle mesh: every three vertices make a triangle, counter-clockwise
 // seen from the front.
@@ -70,6 +79,23 @@ struct MeshDraw {
     const Lighting* lighting = nullptr;  // unlit when null
 };
 
+// What environment patches (Projection, Fog, GLSL Shader) set on a target
+// for everything their children draw into it. Each restores the one it
+// found when its children are done; a Render In Image inside starts afresh.
+struct DrawEnvironment {
+    // Of the eye from the z = 0 plane, in units; infinite (or not
+    // positive) is an orthographic view. z = 0 maps one to one either way.
+    double eyeDistance = kEyeDistance;
+    const Fog* fog = nullptr;                // meshes and fogged quads
+    const ShaderProgram* program = nullptr;  // OpenGL only; prepared first
+    bool orthographic() const { return !(eyeDistance > 0) || std::isinf(eyeDistance); }
+    // What a target has outside every environment patch.
+    bool isStandard() const { return eyeDistance == kEyeDistance && !fog && !program; }
+    // Depth along the line of sight, as fog measures it; an orthographic
+    // view measures from where the standard eye would be.
+    double depthOf(const QVector3D& p) const { return (orthographic() ? kEyeDistance : eyeDistance) - double(p.z()); }
+};
+
 class RenderTarget {
 public:
     virtual ~RenderTarget() = default;
@@ -83,6 +109,20 @@ public:
     // elsewhere than in memory writes it back.
     virtual void finish() {}
 
+    const DrawEnvironment& environment() const { return environment_; }
+    // Returns the previous environment so that the caller can restore it.
+    DrawEnvironment setEnvironment(const DrawEnvironment& environment)
+    {
+        DrawEnvironment previous = environment_;
+        environment_ = environment;
+        environmentChanged();
+        return previous;
+    }
+    // Compiles (once) what a program environment will draw with: an empty
+    // string when it can, else why not (the compiler's log). Targets
+    // without GLSL say so; their draws ignore the program.
+    virtual QString prepareProgram(const ShaderProgram&) { return QStringLiteral("GLSL shaders need the OpenGL backend"); }
+
     // Units across the destination: 2 wide, 2·h/w high.
     double unitsWide() const { return 2.0; }
     double unitsHigh() const
@@ -90,6 +130,12 @@ public:
         const QSize s = pixelSize();
         return s.width() > 0 ? 2.0 * s.height() / s.width() : 0.0;
     }
+
+protected:
+    virtual void environmentChanged() {}
+
+private:
+    DrawEnvironment environment_;
 };
 
 class Backend {

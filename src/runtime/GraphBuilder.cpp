@@ -120,6 +120,7 @@ std::unique_ptr<Patch> GraphBuilder::buildNodeAt(const plist::Value& node, const
     setup.resources = &resources_;
     setup.problems = problems_;
     const QString where = join(parentPath, setup.key);
+    setup.path = where;
     ++nodes_;
 
     if (!node.isDictionary() || setup.className.isEmpty()) {

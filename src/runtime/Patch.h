@@ -66,6 +66,7 @@ struct PatchSetup {
     QString className;
     QString identifier;
     QString key;
+    QString path;        // "Patch_1/Sprite_2", for reports that name the node where it sits
     plist::Value state;  // the node's "state" dictionary
     const CompositionResources* resources = nullptr;
     QStringList* problems = nullptr;  // where a patch reports trouble with its state

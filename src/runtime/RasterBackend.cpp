@@ -157,9 +157,15 @@ bool RasterTarget::project(const QuadDraw& quad, Corners& corners) const
 bool RasterTarget::projectPoint(const QVector3D& p, QPointF& pixel) const
 {
     const double w = image().width(), h = image().height();
-    const double depth = kEyeDistance - double(p.z());
-    if (depth <= 1e-6) return false;  // behind the eye
-    const double s = kEyeDistance / depth;
+    // Perspective divides by the distance from the eye, scaled so that
+    // z = 0 maps one to one; an orthographic view does not divide.
+    double s = 1.0;
+    if (!environment().orthographic()) {
+        const double eye = environment().eyeDistance;
+        const double depth = eye - double(p.z());
+        if (depth <= 1e-6 * eye) return false;  // behind the eye
+        s = eye / depth;
+    }
     const QPointF unit = view_.map(QPointF(p.x() * s, p.y() * s));
     pixel = QPointF((unit.x() + 1.0) * w / 2.0, h / 2.0 - unit.y() * w / 2.0);
     return true;
@@ -170,6 +176,26 @@ void RasterTarget::drawQuad(const QuadDraw& quad)
     if (quad.rect.width() == 0 || quad.rect.height() == 0) return;
     Corners corners;
     if (!project(quad, corners)) return;
+    const Fog* fog = quad.fogged ? environment().fog : nullptr;
+    if (fog) {
+        // One amount for the whole layer, at its centre's depth. A flat
+        // layer mixes in the fog colour exactly; an image is multiplied by
+        // white mixed towards it, exact for black fog (a fade into the
+        // dark) and for the image's white, darker elsewhere.
+        const QPointF centre = quad.rect.center();
+        const double depth = environment().depthOf(quad.transform.map(QVector3D(float(centre.x()), float(centre.y()), 0)));
+        QuadDraw fogged = quad;
+        if (quad.image.isNull()) {
+            fogged.color = fog->apply(quad.color, depth);
+        } else {
+            const Color mix = fog->apply(Color::white(), depth);
+            fogged.color = Color{quad.color.red * mix.red, quad.color.green * mix.green, quad.color.blue * mix.blue, quad.color.alpha};
+        }
+        fogged.fogged = false;
+        if (fogged.image.isNull()) drawFlat(fogged, corners);
+        else drawImage(fogged, corners);
+        return;
+    }
     if (quad.image.isNull()) drawFlat(quad, corners);
     else drawImage(quad, corners);
 }

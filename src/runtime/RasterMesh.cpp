@@ -1,7 +1,8 @@
 // Meshes on the raster backend: each triangle flat, in the colour its
-// centre gets from the lighting (vertex colours averaged over it), drawn far to near (the painter's
-// algorithm stands for the depth buffer). Images on meshes are not drawn
-// here; the OpenGL backend draws them.
+// centre gets from the lighting (vertex colours averaged over it), drawn far
+// to near (the painter's algorithm stands for the depth buffer), fogged at
+// their centre's depth. Images on meshes are not drawn here; the OpenGL
+// backend draws them.
 
 #include "runtime/Lighting.h"
 #include "runtime/RasterBackend.h"
@@ -68,6 +69,7 @@ void RasterTarget::drawMesh(const MeshDraw& mesh)
         } else {
             t.color = material;
         }
+        if (const Fog* fog = environment().fog) t.color = fog->apply(t.color, environment().depthOf(centre));
         triangles.push_back(t);
     }
     std::stable_sort(triangles.begin(), triangles.end(), [](const auto& a, const auto& b) { return a.depth < b.depth; });

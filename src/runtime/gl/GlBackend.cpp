@@ -20,6 +20,7 @@ std::unique_ptr<GlBackend> GlBackend::make(QString* why)
 GlBackend::~GlBackend()
 {
     if (!context_->makeCurrent()) return;
+    programs_.clear();  // with the context current
     for (const auto& [key, texture] : textures_) context_->functions().glDeleteTextures(1, &texture.id);
 }
 

@@ -44,10 +44,18 @@ public:
 
     bool isValid() const { return fbo_ && fbo_->isValid(); }
     // Units → clip space: Quartz Composer's perspective (the eye at
-    // kEyeDistance on the z axis) with the view applied after it.
+    // kEyeDistance on the z axis, or as a Projection patch sets it) with
+    // the view applied after it; the product of the two below.
     const QMatrix4x4& projection() const { return projection_; }
+    const QMatrix4x4& eyeFromUnits() const { return eyeFromUnits_; }
+    const QMatrix4x4& clipFromEye() const { return clipFromEye_; }
+    // GlProgram.cpp: files' GLSL programs, fed OpenGL's fixed-function state.
+    QString prepareProgram(const ShaderProgram& program) override;
 
     bool bind() const;
+
+protected:
+    void environmentChanged() override;
 
 private:
     void clearNow(const Color& color);
@@ -62,9 +70,25 @@ private:
 
     enum class FrameMode { Closed, Recording, Immediate };
 
+    // Draws triangles (GL_TRIANGLES or a fan) with the environment's
+    // program; false when it cannot, and the caller draws unshaded.
+    struct ProgramVertices {
+        const float* positions;  // x, y, z
+        const float* normals;    // may be null
+        const float* texCoords;  // s, t
+        int stride;              // bytes
+        int count;
+        GLenum primitive;
+    };
+    bool drawWithProgram(const ProgramVertices& vertices, const QMatrix4x4& transform, const Image& image, const Color& color,
+                         BlendMode blend, bool depthTest, Culling culling, const Lighting* lighting);
+
     GlBackend& backend_;
     QSize size_;
     QImage* external_ = nullptr;
+    QTransform view_;
+    QMatrix4x4 eyeFromUnits_;
+    QMatrix4x4 clipFromEye_;
     QMatrix4x4 projection_;
     std::unique_ptr<QOpenGLFramebufferObject> fbo_;
     std::unique_ptr<QOpenGLFramebufferObject> resolved_;  // for reading a multisampled fbo_
@@ -89,6 +113,9 @@ public:
     // A texture of `raster` (premultiplied ARGB32, top row at t = 0), kept
     // under `key` when `keep`; otherwise the caller deletes it after use.
     GLuint texture(const QImage& raster, qint64 key, bool keep);
+    // The compiled and linked `source` (kept by its key), or null with the
+    // driver's log in `error`; a failure is remembered too.
+    QOpenGLShaderProgram* program(const ShaderProgram& source, QString* error);
 
 private:
     explicit GlBackend(std::shared_ptr<GlContext> context) : context_(std::move(context)) {}
@@ -99,7 +126,12 @@ private:
         qint64 bytes = 0;
         std::uint64_t lastUse = 0;
     };
+    struct CompiledProgram {
+        std::unique_ptr<QOpenGLShaderProgram> program;  // null when it failed
+        QString error;
+    };
     std::shared_ptr<GlContext> context_;
+    std::unordered_map<std::uint64_t, CompiledProgram> programs_;
     std::unordered_map<qint64, Texture> textures_;
     qint64 textureBytes_ = 0;
     std::uint64_t uses_ = 0;

@@ -1,6 +1,7 @@
 #include "runtime/gl/GlContext.h"
 
 #include <QGuiApplication>
+#include <QOpenGLVersionFunctionsFactory>
 #include <QThread>
 
 namespace runtime {
@@ -13,10 +14,14 @@ const char* const kQuadVertexShader = R"(#version 120
 attribute vec3 position;
 attribute vec2 texCoord;
 uniform mat4 matrix;
+uniform mat4 local;  // to destination units, for the depth fog reads
+uniform float eyeZ;
 varying vec2 uv;
+varying float depth;
 void main()
 {
     uv = texCoord;
+    depth = eyeZ - (local * vec4(position, 1.0)).z;
     gl_Position = matrix * vec4(position, 1.0);
 }
 )";
@@ -27,7 +32,21 @@ uniform sampler2D mask;
 uniform bool hasImage;
 uniform bool hasMask;
 uniform vec4 color;
+uniform int fogMode;  // as in the mesh program
+uniform vec3 fogColor;
+uniform float fogDensity;
+uniform float fogStart;
+uniform float fogEnd;
 varying vec2 uv;
+varying float depth;
+float fogAmount(float d)
+{
+    float visible = 1.0;
+    if (fogMode == 0) visible = fogEnd > fogStart ? (fogEnd - d) / (fogEnd - fogStart) : (d < fogStart ? 1.0 : 0.0);
+    else if (fogMode == 1) visible = exp(-max(0.0, fogDensity) * max(0.0, d));
+    else if (fogMode == 2) { float x = max(0.0, fogDensity) * max(0.0, d); visible = exp(-x * x); }
+    return 1.0 - clamp(visible, 0.0, 1.0);
+}
 void main()
 {
     vec4 pixel = hasImage ? texture2D(image, uv) * color : color;
@@ -37,6 +56,7 @@ void main()
         // luminance of the stored colour.
         pixel *= dot(m.rgb, vec3(0.299, 0.587, 0.114));
     }
+    if (fogMode >= 0) pixel.rgb = mix(pixel.rgb, fogColor * pixel.a, fogAmount(depth));
     gl_FragColor = pixel;
 }
 )";
@@ -78,10 +98,23 @@ uniform int lightCount;
 uniform vec3 lightPosition[4];
 uniform vec3 lightColor[4];
 uniform float lightAttenuation[4];
+uniform int fogMode;  // -1 none, 0 linear, 1 exponential, 2 exponential squared (Fog.cpp)
+uniform vec3 fogColor;
+uniform float fogDensity;
+uniform float fogStart;
+uniform float fogEnd;
 varying vec2 uv;
 varying vec4 tint;
 varying vec3 eyePosition;
 varying vec3 eyeNormal;
+float fogAmount(float depth)
+{
+    float visible = 1.0;
+    if (fogMode == 0) visible = fogEnd > fogStart ? (fogEnd - depth) / (fogEnd - fogStart) : (depth < fogStart ? 1.0 : 0.0);
+    else if (fogMode == 1) visible = exp(-max(0.0, fogDensity) * max(0.0, depth));
+    else if (fogMode == 2) { float x = max(0.0, fogDensity) * max(0.0, depth); visible = exp(-x * x); }
+    return 1.0 - clamp(visible, 0.0, 1.0);
+}
 void main()
 {
     vec4 material = color * tint;
@@ -106,6 +139,7 @@ void main()
     }
     vec4 pixel = vec4(rgb * material.a, material.a);
     if (hasImage) pixel *= texture2D(image, uv);
+    if (fogMode >= 0) pixel.rgb = mix(pixel.rgb, fogColor * pixel.a, fogAmount(eye.z - eyePosition.z));
     gl_FragColor = pixel;
 }
 )";
@@ -160,6 +194,8 @@ bool GlContext::create(QString* why)
         *why = QStringLiteral("the OpenGL context cannot be made current");
         return false;
     }
+    legacy_ = QOpenGLVersionFunctionsFactory::get<QOpenGLFunctions_2_1>(&context_);
+    if (legacy_ && !legacy_->initializeOpenGLFunctions()) legacy_ = nullptr;
     quadProgram_ = std::make_unique<QOpenGLShaderProgram>();
     if (!quadProgram_->addShaderFromSourceCode(QOpenGLShader::Vertex, kQuadVertexShader) ||
         !quadProgram_->addShaderFromSourceCode(QOpenGLShader::Fragment, kQuadFragmentShader) ||

@@ -8,6 +8,7 @@
 #include <QOffscreenSurface>
 #include <QOpenGLContext>
 #include <QOpenGLFunctions>
+#include <QOpenGLFunctions_2_1>
 #include <QOpenGLShaderProgram>
 #include <QString>
 
@@ -25,6 +26,9 @@ public:
 
     bool makeCurrent();
     QOpenGLFunctions& functions() { return *context_.functions(); }
+    // The fixed-function calls files' GLSL programs read their built-ins
+    // from (matrices, colour, arrays); null if the driver lacks them.
+    QOpenGLFunctions_2_1* legacyFunctions() { return legacy_; }
     QOpenGLContext& context() { return context_; }
     QString rendererName();  // "llvmpipe (LLVM 15.0.6, 256 bits)", for the log
 
@@ -40,6 +44,7 @@ private:
     QOffscreenSurface surface_;
     std::unique_ptr<QOpenGLShaderProgram> quadProgram_;
     std::unique_ptr<QOpenGLShaderProgram> meshProgram_;
+    QOpenGLFunctions_2_1* legacy_ = nullptr;  // owned by context_
 };
 
 }  // namespace runtime

@@ -39,6 +39,8 @@ void GlTarget::endFrame()
 void GlTarget::replay(const std::vector<QRect>& rects)
 {
     if (rects.empty() || !bind()) return;
+    // Recorded draws were made outside every environment patch.
+    const DrawEnvironment outer = environment().isStandard() ? environment() : setEnvironment(DrawEnvironment{});
     QOpenGLFunctions& gl = backend_.context().functions();
     gl.glEnable(GL_SCISSOR_TEST);
     for (const QRect& rect : rects) {
@@ -50,6 +52,7 @@ void GlTarget::replay(const std::vector<QRect>& rects)
         }
     }
     gl.glDisable(GL_SCISSOR_TEST);
+    if (!outer.isStandard()) setEnvironment(outer);
 }
 
 void GlTarget::readBack()

@@ -1,5 +1,6 @@
-// Meshes on the OpenGL backend: depth-tested, culled and lit per pixel
-// (the mesh program in GlContext.cpp mirrors Lighting.cpp).
+// Meshes on the OpenGL backend: depth-tested, culled, lit and fogged per
+// pixel (the mesh program in GlContext.cpp mirrors Lighting.cpp and
+// Fog.cpp), or drawn with a file's GLSL program (GlProgram.cpp).
 
 #include "runtime/Lighting.h"
 #include "runtime/gl/GlBackend.h"
@@ -22,6 +23,14 @@ void GlTarget::drawMesh(const MeshDraw& mesh)
     if (!mesh.vertices || mesh.vertices->size() < 3) return;
     drawImmediately();
     if (!bind()) return;
+    if (environment().program) {
+        const std::vector<MeshVertex>& v = *mesh.vertices;
+        const ProgramVertices arrays{reinterpret_cast<const float*>(&v[0].position), reinterpret_cast<const float*>(&v[0].normal),
+                                     reinterpret_cast<const float*>(&v[0].texCoord), int(sizeof(MeshVertex)),
+                                     int(v.size() - v.size() % 3), GL_TRIANGLES};
+        if (drawWithProgram(arrays, mesh.transform, mesh.image, mesh.color, mesh.blend, mesh.depthTest, mesh.culling, mesh.lighting))
+            return;
+    }
     QOpenGLFunctions& gl = backend_.context().functions();
     QOpenGLShaderProgram& program = backend_.context().meshProgram();
     program.bind();
@@ -42,7 +51,16 @@ void GlTarget::drawMesh(const MeshDraw& mesh)
     program.setUniformValue("matrix", projection() * mesh.transform);
     program.setUniformValue("modelView", mesh.transform);
     program.setUniformValue("normalMatrix", mesh.transform.normalMatrix());
-    program.setUniformValue("eye", QVector3D(0, 0, float(kEyeDistance)));
+    const DrawEnvironment& environment = this->environment();
+    program.setUniformValue("eye", QVector3D(0, 0, float(environment.orthographic() ? kEyeDistance : environment.eyeDistance)));
+    const Fog* fog = environment.fog;
+    program.setUniformValue("fogMode", fog ? int(fog->mode) : -1);
+    if (fog) {
+        program.setUniformValue("fogColor", rgb(fog->color));
+        program.setUniformValue("fogDensity", float(fog->density));
+        program.setUniformValue("fogStart", float(fog->start));
+        program.setUniformValue("fogEnd", float(fog->end));
+    }
     const Lighting* lighting = mesh.lighting;
     program.setUniformValue("lit", lighting != nullptr);
     if (lighting) {

@@ -13,24 +13,35 @@ namespace {
 constexpr int kSamples = 4;  // multisampling stands for the raster backend's anti-aliasing
 
 
-// Eye at (0, 0, kEyeDistance) looking down −z; at z = 0 one unit across is
-// half the destination's width, as the raster backend projects.
-QMatrix4x4 projectionFor(QSize size, const QTransform& view)
+// Eye at (0, 0, d) looking down −z (d is kEyeDistance unless a Projection
+// patch says otherwise); at z = 0 one unit across is half the
+// destination's width, as the raster backend projects.
+QMatrix4x4 eyeFromUnitsFor(const DrawEnvironment& environment)
+{
+    QMatrix4x4 m;
+    m.translate(0, 0, -float(environment.orthographic() ? kEyeDistance : environment.eyeDistance));
+    return m;
+}
+
+QMatrix4x4 clipFromEyeFor(QSize size, const QTransform& view, const DrawEnvironment& environment)
 {
     const float aspect = float(size.width()) / float(std::max(1, size.height()));
-    const float d = float(kEyeDistance);
-    const float nearPlane = 0.01f, farPlane = 100.0f;
-    QMatrix4x4 perspective;
-    perspective.frustum(-nearPlane / d, nearPlane / d, -nearPlane / (d * aspect), nearPlane / (d * aspect), nearPlane, farPlane);
-    perspective.translate(0, 0, -d);
-    if (view.isIdentity()) return perspective;
+    QMatrix4x4 projection;
+    if (environment.orthographic()) {
+        projection.ortho(-1.0f, 1.0f, -1.0f / aspect, 1.0f / aspect, 0.01f, 100.0f);
+    } else {
+        const float d = float(environment.eyeDistance);
+        const float nearPlane = std::min(0.01f, d / 10), farPlane = std::max(100.0f, 10 * d);
+        projection.frustum(-nearPlane / d, nearPlane / d, -nearPlane / (d * aspect), nearPlane / (d * aspect), nearPlane,
+                           farPlane);
+    }
+    if (view.isIdentity()) return projection;
     // The view maps units to units; clip space's y is units × aspect.
     QMatrix4x4 toUnits, fromUnits, units(view);
     toUnits.scale(1.0f, 1.0f / aspect);
     fromUnits.scale(1.0f, aspect);
-    return fromUnits * units * toUnits * perspective;
+    return fromUnits * units * toUnits * projection;
 }
-
 
 // An image drawn at its own size, unrotated, lands on whole pixels as the
 // raster backend puts it (half a pixel rounds right and down, as
@@ -59,9 +70,9 @@ std::optional<QVector2D> blitShift(const QMatrix4x4& matrix, const QRectF& r, QS
 
 }  // namespace
 
-GlTarget::GlTarget(GlBackend& backend, QSize pixelSize)
-    : backend_(backend), size_(pixelSize.expandedTo(QSize(1, 1))), projection_(projectionFor(size_, {}))
+GlTarget::GlTarget(GlBackend& backend, QSize pixelSize) : backend_(backend), size_(pixelSize.expandedTo(QSize(1, 1)))
 {
+    environmentChanged();
     if (!backend_.context().makeCurrent()) return;
     QOpenGLFramebufferObjectFormat format;
     format.setAttachment(QOpenGLFramebufferObject::CombinedDepthStencil);
@@ -75,7 +86,8 @@ GlTarget::GlTarget(GlBackend& backend, QImage* external, const QTransform& view)
 {
     external_ = external;
     mode_ = FrameMode::Immediate;  // the caller's pixels change between frames: nothing to compare
-    projection_ = projectionFor(size_, view);
+    view_ = view;
+    environmentChanged();
     if (!bind() || external->isNull()) return;
     // The caller's pixels are the starting picture.
     QOpenGLFunctions& gl = backend_.context().functions();
@@ -90,6 +102,7 @@ GlTarget::GlTarget(GlBackend& backend, QImage* external, const QTransform& view)
     program.bind();
     program.setUniformValue("hasImage", true);
     program.setUniformValue("hasMask", false);
+    program.setUniformValue("fogMode", -1);
     program.setUniformValue("image", 0);
     program.setUniformValue("color", QVector4D(1, 1, 1, 1));
     program.setUniformValue("matrix", projection_);
@@ -100,6 +113,13 @@ GlTarget::GlTarget(GlBackend& backend, QImage* external, const QTransform& view)
     drawCorners(program, gl, corners);
     gl.glDeleteTextures(1, &id);
     projection_ = saved;
+}
+
+void GlTarget::environmentChanged()
+{
+    eyeFromUnits_ = eyeFromUnitsFor(environment());
+    clipFromEye_ = clipFromEyeFor(size_, view_, environment());
+    projection_ = clipFromEye_ * eyeFromUnits_;
 }
 
 GlTarget::~GlTarget()
@@ -145,7 +165,10 @@ void GlTarget::clearNow(const Color& color)
 void GlTarget::drawQuad(const QuadDraw& quad)
 {
     if (quad.rect.width() == 0 || quad.rect.height() == 0) return;
-    if (mode_ == FrameMode::Recording) {
+    // Only draws in the standard environment are recorded: what a Fog,
+    // Projection or GLSL Shader patch sets lives in the patch and may
+    // change under the same pointer.
+    if (mode_ == FrameMode::Recording && environment().isStandard()) {
         frame_.push_back(RecordedDraw{std::nullopt, quad, quadPixelBounds(quad, projection_, size_)});
         return;
     }
@@ -156,6 +179,20 @@ void GlTarget::drawQuad(const QuadDraw& quad)
 void GlTarget::drawQuadNow(const QuadDraw& quad)
 {
     if (!bind()) return;
+    if (environment().program) {
+        // Facing the viewer, the image's top row at t = 0.
+        struct Corner {
+            float x, y, z, nx, ny, nz, s, t;
+        };
+        const QRectF r = quad.rect;
+        const std::array<Corner, 4> corners{{{float(r.left()), float(r.top()), 0, 0, 0, 1, 0, 1},
+                                             {float(r.right()), float(r.top()), 0, 0, 0, 1, 1, 1},
+                                             {float(r.right()), float(r.bottom()), 0, 0, 0, 1, 1, 0},
+                                             {float(r.left()), float(r.bottom()), 0, 0, 0, 1, 0, 0}}};
+        const ProgramVertices arrays{&corners[0].x, &corners[0].nx, &corners[0].s, int(sizeof(Corner)), 4, GL_TRIANGLE_FAN};
+        if (drawWithProgram(arrays, quad.transform, quad.image, quad.color, quad.blend, quad.depthTest, Culling::None, quad.lighting))
+            return;
+    }
     QOpenGLFunctions& gl = backend_.context().functions();
     QOpenGLShaderProgram& program = backend_.context().quadProgram();
     program.bind();
@@ -191,6 +228,16 @@ void GlTarget::drawQuadNow(const QuadDraw& quad)
             matrix = snap * matrix;
         }
     program.setUniformValue("matrix", matrix);
+    const Fog* fog = quad.fogged ? environment().fog : nullptr;
+    program.setUniformValue("fogMode", fog ? int(fog->mode) : -1);
+    if (fog) {
+        program.setUniformValue("local", quad.transform);
+        program.setUniformValue("eyeZ", float(environment().orthographic() ? kEyeDistance : environment().eyeDistance));
+        program.setUniformValue("fogColor", QVector3D(unitChannel(fog->color.red), unitChannel(fog->color.green), unitChannel(fog->color.blue)));
+        program.setUniformValue("fogDensity", float(fog->density));
+        program.setUniformValue("fogStart", float(fog->start));
+        program.setUniformValue("fogEnd", float(fog->end));
+    }
 
     applyBlendAndDepth(gl, quad.blend, quad.depthTest);
     gl.glDisable(GL_CULL_FACE);

@@ -30,6 +30,9 @@ void registerModelPatches(PatchRegistry& registry);      // Mesh Importer (3-D m
 void registerUtilityPatches(PatchRegistry& registry);    // Noise, String MD5, FPS Display
 void registerOpenCLPatches(PatchRegistry& registry);     // OpenCL Kernel (run on the process's OpenCL device)
 void registerNetworkMessagingPatches(PatchRegistry& registry);  // Network Broadcaster / Receiver (UDP, off the frame)
+void registerEnvironmentPatches(PatchRegistry& registry);  // Projection, Fog
+void registerShaderPatches(PatchRegistry& registry);     // GLSL Shader
+void registerTeapotPatches(PatchRegistry& registry);     // Teapot
 
 inline void registerAllPatches(PatchRegistry& registry)
 {
@@ -52,6 +55,9 @@ inline void registerAllPatches(PatchRegistry& registry)
     registerThreeDPatches(registry);
     registerMeshPatches(registry);
     registerModelPatches(registry);
+    registerEnvironmentPatches(registry);
+    registerShaderPatches(registry);
+    registerTeapotPatches(registry);
     registerNetworkPatches(registry);
     registerFilePatches(registry);
     registerCompositionPatches(registry);

@@ -77,6 +77,8 @@ public:
         quad.blend = blendModeFromIndex(index(blending_));
         quad.antialias = antialias_;
         quad.depthTest = index(depth_) != 0;
+        quad.fogged = true;
+        quad.lighting = context.lighting();
         context.target()->drawQuad(quad);
     }
 
