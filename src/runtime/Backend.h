@@ -32,6 +32,8 @@ BlendMode blendModeFromIndex(int index);
 // of view across the 2-unit-wide destination.
 inline constexpr double kEyeDistance = 1.7320508075688772;
 
+enum class Culling : std::uint8_t { None, Back, Front };
+
 struct QuadDraw {
     QMatrix4x4 transform;  // local units → destination units (3-D)
     QRectF rect;           // the quad in local units (x, y, width, height; y up)
@@ -43,7 +45,14 @@ struct QuadDraw {
     // Tested against (and written to) the depth buffer meshes fill, where
     // the backend has one (OpenGL); raster draws in order regardless.
     bool depthTest = false;
+    // The front is the side the quad's corners turn counter-clockwise on,
+    // as with meshes: a quad turned half round about x or y shows its back.
+    Culling culling = Culling::None;
 };
+
+// Whether the side of the quad the eye sees is the one `quad.culling`
+// removes. Both backends decide it here, before drawing, so that they agree.
+bool isCulled(const QuadDraw& quad);
 
 struct Lighting;
 
@@ -54,8 +63,6 @@ struct MeshVertex {
     QVector3D normal;
     QVector2D texCoord;  // t = 0 at the image's top row
 };
-
-enum class Culling : std::uint8_t { None, Back, Front };
 
 struct MeshDraw {
     QMatrix4x4 transform;  // local units → destination units

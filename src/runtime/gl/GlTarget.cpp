@@ -144,7 +144,8 @@ void GlTarget::clearNow(const Color& color)
 
 void GlTarget::drawQuad(const QuadDraw& quad)
 {
-    if (quad.rect.width() == 0 || quad.rect.height() == 0) return;
+    // Culled before recording, so a hidden side adds nothing to the damage.
+    if (quad.rect.width() == 0 || quad.rect.height() == 0 || isCulled(quad)) return;
     if (mode_ == FrameMode::Recording) {
         frame_.push_back(RecordedDraw{std::nullopt, quad, quadPixelBounds(quad, projection_, size_)});
         return;
