@@ -16,10 +16,11 @@ constexpr int kMargin = 2;
 bool sameDraw(const QuadDraw& a, const QuadDraw& b)
 {
     // A field added to QuadDraw changes its size: it must join the comparison.
+    // (The culling byte went into padding, so the size alone no longer tells.)
     static_assert(sizeof(QuadDraw) == 176, "compare every field of QuadDraw here");
     return a.transform == b.transform && a.rect == b.rect && a.image.cacheKey() == b.image.cacheKey() &&
            a.mask.cacheKey() == b.mask.cacheKey() && a.color == b.color && a.blend == b.blend &&
-           a.antialias == b.antialias && a.depthTest == b.depthTest;
+           a.antialias == b.antialias && a.depthTest == b.depthTest && a.culling == b.culling;
 }
 
 // Rectangles that touch or overlap merge until none do, then the list is
