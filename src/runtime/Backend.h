@@ -35,6 +35,8 @@ BlendMode blendModeFromIndex(int index);
 // of view across the 2-unit-wide destination.
 inline constexpr double kEyeDistance = 1.7320508075688772;
 
+enum class Culling : std::uint8_t { None, Back, Front };
+
 struct Lighting;
 
 struct QuadDraw {
@@ -54,7 +56,14 @@ struct QuadDraw {
     // The lights around a sprite, for GLSL programs that read them; the
     // backends' own quads are drawn unlit.
     const Lighting* lighting = nullptr;
+    // The front is the side the quad's corners turn counter-clockwise on,
+    // as with meshes: a quad turned half round about x or y shows its back.
+    Culling culling = Culling::None;
 };
+
+// Whether the side of the quad the eye sees is the one `quad.culling`
+// removes. Both backends decide it here, before drawing, so that they agree.
+bool isCulled(const QuadDraw& quad);
 
 // A triangle mesh: every three vertices make a triangle, counter-clockwise
 // seen from the front.
@@ -63,8 +72,6 @@ struct MeshVertex {
     QVector3D normal;
     QVector2D texCoord;  // t = 0 at the image's top row
 };
-
-enum class Culling : std::uint8_t { None, Back, Front };
 
 struct MeshDraw {
     QMatrix4x4 transform;  // local units → destination units

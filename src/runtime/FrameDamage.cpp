@@ -18,10 +18,10 @@ bool sameDraw(const QuadDraw& a, const QuadDraw& b)
     // A field added to QuadDraw changes its size: it must join the comparison.
     // `lighting` is read only by files' GLSL programs, and draws inside
     // those are never recorded.
-    static_assert(sizeof(QuadDraw) == 184, "compare every field of QuadDraw here");
+    static_assert(sizeof(QuadDraw) == 192, "compare every field of QuadDraw here");
     return a.transform == b.transform && a.rect == b.rect && a.image.cacheKey() == b.image.cacheKey() &&
            a.mask.cacheKey() == b.mask.cacheKey() && a.color == b.color && a.blend == b.blend &&
-           a.antialias == b.antialias && a.depthTest == b.depthTest && a.fogged == b.fogged;
+           a.antialias == b.antialias && a.depthTest == b.depthTest && a.fogged == b.fogged && a.culling == b.culling;
 }
 
 // Rectangles that touch or overlap merge until none do, then the list is

@@ -16,6 +16,22 @@ BlendMode blendModeFromIndex(int index)
     }
 }
 
+bool isCulled(const QuadDraw& quad)
+{
+    if (quad.culling == Culling::None) return false;
+    // rect.top() is the lower edge (y up). The normal of the corners' turn,
+    // taken after the transform, also counts a mirroring scale as turning
+    // the quad over, as a rasteriser's winding test does.
+    const QRectF r = quad.rect;
+    const QVector3D lowerLeft = quad.transform.map(QVector3D(float(r.left()), float(r.top()), 0));
+    const QVector3D lowerRight = quad.transform.map(QVector3D(float(r.right()), float(r.top()), 0));
+    const QVector3D upperLeft = quad.transform.map(QVector3D(float(r.left()), float(r.bottom()), 0));
+    const QVector3D normal = QVector3D::crossProduct(lowerRight - lowerLeft, upperLeft - lowerLeft);
+    const QVector3D toEye = QVector3D(0, 0, float(kEyeDistance)) - lowerLeft;
+    const bool front = QVector3D::dotProduct(normal, toEye) > 0;
+    return quad.culling == Culling::Back ? !front : front;
+}
+
 namespace {
 
 double clamp01(double v)
@@ -173,7 +189,7 @@ bool RasterTarget::projectPoint(const QVector3D& p, QPointF& pixel) const
 
 void RasterTarget::drawQuad(const QuadDraw& quad)
 {
-    if (quad.rect.width() == 0 || quad.rect.height() == 0) return;
+    if (quad.rect.width() == 0 || quad.rect.height() == 0 || isCulled(quad)) return;
     Corners corners;
     if (!project(quad, corners)) return;
     const Fog* fog = quad.fogged ? environment().fog : nullptr;

@@ -164,7 +164,8 @@ void GlTarget::clearNow(const Color& color)
 
 void GlTarget::drawQuad(const QuadDraw& quad)
 {
-    if (quad.rect.width() == 0 || quad.rect.height() == 0) return;
+    // Culled before recording, so a hidden side adds nothing to the damage.
+    if (quad.rect.width() == 0 || quad.rect.height() == 0 || isCulled(quad)) return;
     // Only draws in the standard environment are recorded: what a Fog,
     // Projection or GLSL Shader patch sets lives in the patch and may
     // change under the same pointer.

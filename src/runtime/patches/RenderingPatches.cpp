@@ -51,7 +51,7 @@ public:
         color_ = &addInput(QStringLiteral("inputColor"), PortType::Color, Color::white());
         blending_ = &addInput(QStringLiteral("inputBlending"), PortType::Index, kImageBlendingDefault);
         depth_ = &addInput(QStringLiteral("inputZBuffer"), PortType::Index, 0);
-        addInput(QStringLiteral("inputCulling"), PortType::Index, 0);
+        culling_ = &addInput(QStringLiteral("inputCulling"), PortType::Index, 0);
         addInput(QStringLiteral("_inputInteraction"), PortType::Interaction);
     }
     ExecutionMode executionMode() const override { return ExecutionMode::Consumer; }
@@ -79,12 +79,15 @@ public:
         quad.depthTest = index(depth_) != 0;
         quad.fogged = true;
         quad.lighting = context.lighting();
+        const int culling = index(culling_);
+        quad.culling = culling == 1 ? Culling::Back : culling == 2 ? Culling::Front : Culling::None;
         context.target()->drawQuad(quad);
     }
 
 private:
     bool antialias_;
     InputPort* depth_;
+    InputPort* culling_;
     InputPort* image_;
     InputPort* mask_;
     std::vector<InputPort*> position_;

@@ -202,7 +202,9 @@ TEST(GlBackend, FramesDrawnOverThePreviousOneEqualFramesDrawnWhole)
         fresh.render(0.04 * double(i));
         ASSERT_EQ(picture, fresh.snapshot()) << "frame " << i;
         // A picture handed out earlier is not changed by later frames.
-        if (!previous.isNull()) EXPECT_EQ(previous, held) << "frame " << i;
+        if (!previous.isNull()) {
+            EXPECT_EQ(previous, held) << "frame " << i;
+        }
         previous = picture;
     }
 }
