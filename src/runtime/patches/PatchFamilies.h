@@ -25,6 +25,7 @@ void registerNetworkPatches(PatchRegistry& registry);    // Image/XML Downloader
 void registerFilePatches(PatchRegistry& registry);       // Directory Scanner
 void registerCompositionPatches(PatchRegistry& registry);  // Patch Renderer, Patch Info, Repository Compositions
 void registerThreeDPatches(PatchRegistry& registry);     // Track Ball, Replicator, Lighting, Sphere, Cube
+void registerRecursorPatches(PatchRegistry& registry);   // Recursor (feedback one frame late)
 
 inline void registerAllPatches(PatchRegistry& registry)
 {
@@ -48,6 +49,7 @@ inline void registerAllPatches(PatchRegistry& registry)
     registerNetworkPatches(registry);
     registerFilePatches(registry);
     registerCompositionPatches(registry);
+    registerRecursorPatches(registry);
 }
 
 template <class T>
