@@ -26,6 +26,7 @@ void registerFilePatches(PatchRegistry& registry);       // Directory Scanner
 void registerCompositionPatches(PatchRegistry& registry);  // Patch Renderer, Patch Info, Repository Compositions
 void registerThreeDPatches(PatchRegistry& registry);     // Track Ball, Replicator, Lighting, Sphere, Cube
 void registerRecursorPatches(PatchRegistry& registry);   // Recursor (feedback one frame late)
+void registerPhysicsPatches(PatchRegistry& registry);    // Physics, Physics Effect (force)
 
 inline void registerAllPatches(PatchRegistry& registry)
 {
@@ -50,6 +51,7 @@ inline void registerAllPatches(PatchRegistry& registry)
     registerFilePatches(registry);
     registerCompositionPatches(registry);
     registerRecursorPatches(registry);
+    registerPhysicsPatches(registry);
 }
 
 template <class T>
