@@ -27,6 +27,7 @@ void registerCompositionPatches(PatchRegistry& registry);  // Patch Renderer, Pa
 void registerThreeDPatches(PatchRegistry& registry);     // Track Ball, Replicator, Lighting, Sphere, Cube
 void registerRecursorPatches(PatchRegistry& registry);   // Recursor (feedback one frame late)
 void registerPhysicsPatches(PatchRegistry& registry);    // Physics, Physics Effect (force)
+void registerWatcherPatches(PatchRegistry& registry);    // Watcher (a pass-through while rendering)
 
 inline void registerAllPatches(PatchRegistry& registry)
 {
@@ -52,6 +53,7 @@ inline void registerAllPatches(PatchRegistry& registry)
     registerCompositionPatches(registry);
     registerRecursorPatches(registry);
     registerPhysicsPatches(registry);
+    registerWatcherPatches(registry);
 }
 
 template <class T>
