@@ -199,4 +199,24 @@ TEST(Physics, PortsFollowTheStoredValueCountAndUnknownEffectsStayInert)
     EXPECT_NEAR(renderer.outputValue("Out").toDouble(), 5.0, 1e-9);
 }
 
+TEST(Physics, StoredValueCountsAreCapped)
+{
+    Node r = test::root();
+    r.child(Node("QCPhysics", "Physics_1").state("numberOfInputs", 1e12))
+        .child(Node("QCPhysics", "Physics_2").state("numberOfInputs", -3))
+        .child(Node("QCPhysicsEffect", "PhysicsEffect_force_1").identifier("force").state("numberOfInputs", 5000))
+        .publishOutput("Last", "Physics_1", "output_100")
+        .publishOutput("Beyond", "Physics_1", "output_101");
+    auto composition = test::load(r);
+    const QString problems = test::problemsText(*composition);
+    EXPECT_TRUE(problems.contains("Physics_1: 2147483647 values asked for; the first 100")) << problems.toStdString();
+    EXPECT_TRUE(problems.contains("PhysicsEffect_force_1: 5000 values")) << problems.toStdString();
+    EXPECT_TRUE(problems.contains("output_101")) << problems.toStdString();  // a missing port
+    EXPECT_FALSE(problems.contains("Physics_2")) << problems.toStdString();
+    runtime::Renderer renderer(composition, QSize(8, 8));
+    renderer.render(0);
+    renderer.render(kFrame);
+    EXPECT_EQ(renderer.outputKeys(), QStringList{"Last"});
+}
+
 }  // namespace

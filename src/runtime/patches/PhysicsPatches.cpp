@@ -31,7 +31,9 @@ double bounded(double v)
 
 int valueCount(const PatchSetup& setup)
 {
-    return std::clamp(saturatedInt(Patch::stateNumber(setup, "numberOfInputs", 1)), 0, kMaxValues);
+    const int stored = saturatedInt(Patch::stateNumber(setup, "numberOfInputs", 1));
+    if (stored > kMaxValues) setup.report(QStringLiteral("%1 values asked for; the first %2 are simulated").arg(stored).arg(kMaxValues));
+    return std::clamp(stored, 0, kMaxValues);
 }
 
 // Turns patch times into simulation steps: the time since the previous
