@@ -2,6 +2,8 @@
 
 #include "runtime/MacroPatch.h"
 
+#include <algorithm>
+
 namespace runtime {
 
 namespace {
@@ -27,6 +29,19 @@ void ExecutionContext::beginFrame(double time, RenderTarget* target, const QVari
     arguments_ = arguments;
     modelView_.setToIdentity();
     iterations_.clear();
+    atFrameEnd_.clear();
+}
+
+void ExecutionContext::runAtFrameEnd(Patch& patch)
+{
+    if (std::find(atFrameEnd_.begin(), atFrameEnd_.end(), &patch) == atFrameEnd_.end()) atFrameEnd_.push_back(&patch);
+}
+
+void ExecutionContext::endFrame()
+{
+    // By index: a patch's frameEnded may evaluate others that ask too.
+    for (std::size_t i = 0; i < atFrameEnd_.size(); ++i) atFrameEnd_[i]->frameEnded(*this);
+    atFrameEnd_.clear();
 }
 
 RenderTarget* ExecutionContext::setTarget(RenderTarget* target)

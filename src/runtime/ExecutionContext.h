@@ -64,6 +64,12 @@ public:
     void renderConsumers(MacroPatch& macro);
     void renderConsumer(Patch& consumer);
 
+    // Asks for patch.frameEnded() once the frame's evaluation is over (a
+    // recursor keeps what its loop reached); asking twice in a frame is one.
+    void runAtFrameEnd(Patch& patch);
+    // Called by the renderer after the frame; forgets the requests.
+    void endFrame();
+
 private:
     void markUsed(Patch& patch);
     // Deep chains are followed up to this depth, so a pathological file
@@ -77,6 +83,7 @@ private:
     const Lighting* lighting_ = nullptr;
     const QVariantMap* arguments_ = nullptr;
     std::vector<Iteration> iterations_;
+    std::vector<Patch*> atFrameEnd_;
     std::uint64_t frame_ = 0;
     std::uint64_t pass_ = 0;
     double rootTime_ = 0;

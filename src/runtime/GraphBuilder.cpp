@@ -29,6 +29,17 @@ long long connectionNumber(const std::string& name)
     return n;
 }
 
+// A recursor, or a macro holding one, reads what arrives around a loop one
+// evaluation late: the loop is how a file builds feedback, not a mistake.
+bool takesFeedback(Patch& patch)
+{
+    if (patch.takesFeedback()) return true;
+    MacroPatch* macro = patch.asMacro();
+    if (!macro) return false;
+    return std::any_of(macro->children().begin(), macro->children().end(),
+                       [](const auto& child) { return child->takesFeedback(); });
+}
+
 }  // namespace
 
 void applyStoredPortStates(Patch& patch, const plist::Value& state)
@@ -290,8 +301,11 @@ void GraphBuilder::breakCycles(MacroPatch& macro, const QString& where)
     std::unordered_map<const Patch*, std::size_t> indexOf;
     for (std::size_t i = 0; i < n; ++i) indexOf[children[i].get()] = i;
     // edges[i]: the inputs that sibling i feeds, in child and port order.
+    // Connections into a patch that takes feedback are left out: a loop
+    // through them is evaluated with a one-evaluation delay where it closes.
     std::vector<std::vector<InputPort*>> edges(n);
     for (std::size_t i = 0; i < n; ++i) {
+        if (takesFeedback(*children[i])) continue;
         for (InputPort* in : children[i]->inputs()) {
             if (!in->connection) continue;
             auto it = indexOf.find(in->connection->owner);

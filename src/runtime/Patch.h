@@ -102,6 +102,12 @@ public:
     virtual bool isInert() const { return false; }
     // Forget internal state (counters, held values), as on a reload.
     virtual void reset() {}
+    // A patch that delivers its values one evaluation late (the recursor):
+    // a loop closed through its inputs is feedback, not a cycle to drop.
+    virtual bool takesFeedback() const { return false; }
+    // Runs after the frame's evaluation for a patch that asked for it with
+    // ExecutionContext::runAtFrameEnd.
+    virtual void frameEnded(ExecutionContext&) {}
     virtual InputHints inputHints(const InputPort&) const { return {}; }
     // A patch that reads only some inputs (a multiplexer) pulls them itself
     // in execute(); the evaluator then pulls only "_enable" and "_time", and

@@ -105,6 +105,7 @@ void Renderer::renderInto(double time, RenderTarget& target, const QVariantMap& 
     // Published outputs are evaluated every frame, whether or not a
     // renderer pulled them.
     for (const auto& out : root_->outputs()) context_->ensure(*out);
+    context_->endFrame();
     target.finish();
 }
 

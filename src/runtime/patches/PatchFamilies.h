@@ -33,6 +33,9 @@ void registerNetworkMessagingPatches(PatchRegistry& registry);  // Network Broad
 void registerEnvironmentPatches(PatchRegistry& registry);  // Projection, Fog
 void registerShaderPatches(PatchRegistry& registry);     // GLSL Shader
 void registerTeapotPatches(PatchRegistry& registry);     // Teapot
+void registerRecursorPatches(PatchRegistry& registry);   // Recursor (feedback one frame late)
+void registerPhysicsPatches(PatchRegistry& registry);    // Physics, Physics Effect (force)
+void registerWatcherPatches(PatchRegistry& registry);    // Watcher (a pass-through while rendering)
 
 inline void registerAllPatches(PatchRegistry& registry)
 {
@@ -64,6 +67,9 @@ inline void registerAllPatches(PatchRegistry& registry)
     registerUtilityPatches(registry);
     registerOpenCLPatches(registry);
     registerNetworkMessagingPatches(registry);
+    registerRecursorPatches(registry);
+    registerPhysicsPatches(registry);
+    registerWatcherPatches(registry);
 }
 
 template <class T>
