@@ -9,6 +9,7 @@
 
 #include "runtime/ExecutionContext.h"
 #include "runtime/Mesh.h"
+#include "runtime/patches/ObjectPatch.h"
 #include "runtime/patches/PatchFamilies.h"
 
 #include <algorithm>
@@ -146,8 +147,8 @@ private:
     OutputPort* mesh_;
 };
 
-// Translation, rotation (degrees, X then Y then Z) and scale, as Sphere and
-// Cube place themselves, with a scale per axis.
+// Translation, rotation (degrees, X then Y then Z) and a scale per axis,
+// as ObjectPatch places a mesh, for Mesh Transform.
 class PlacementPorts {
 public:
     void add(const std::function<InputPort&(const QString&, double)>& addInput)
@@ -172,25 +173,22 @@ private:
     std::vector<InputPort*> ports_;
 };
 
-class MeshRendererPatch : public Patch {
+class MeshRendererPatch : public ObjectPatch {
 public:
-    explicit MeshRendererPatch(const PatchSetup& setup) : Patch(setup)
+    explicit MeshRendererPatch(const PatchSetup& setup) : ObjectPatch(setup)
     {
         mesh_ = &addInput(QStringLiteral("inputMesh"), PortType::Mesh);
-        placement_.add([this](const QString& key, double initial) -> InputPort& { return addInput(key, PortType::Number, initial); });
+        for (const char* key : {"inputScaleX", "inputScaleY", "inputScaleZ"})
+            scale_.push_back(&addInput(QString::fromLatin1(key), PortType::Number, 1.0));
         color_ = &addInput(QStringLiteral("inputColor"), PortType::Color, Color::white());
         image_ = &addInput(QStringLiteral("inputImage"), PortType::Image);
-        blending_ = &addInput(QStringLiteral("inputBlending"), PortType::Index, 0);
-        depth_ = &addInput(QStringLiteral("inputZBuffer"), PortType::Index, 1);
-        culling_ = &addInput(QStringLiteral("inputCulling"), PortType::Index, 0);
     }
-    ExecutionMode executionMode() const override { return ExecutionMode::Consumer; }
     void execute(ExecutionContext& context, double) override
     {
         const MeshPtr mesh = mesh_->value.toMesh();
         if (!context.target() || !mesh || mesh->isEmpty()) return;
-        MeshDraw draw;
-        draw.transform = context.modelView() * placement_.matrix();
+        MeshDraw draw = prepared(context);
+        draw.transform.scale(finite(number(scale_[0])), finite(number(scale_[1])), finite(number(scale_[2])));
         draw.vertices = &mesh->drawVertices();
         if (mesh->hasColors()) draw.colors = &mesh->drawColors();
         // The renderer's image, else the mesh's own (a model's texture);
@@ -198,22 +196,14 @@ public:
         const Image image = image_->value.toImage();
         if (!mesh->arrays().texCoords.empty()) draw.image = image.isNull() ? mesh->arrays().image : image;
         draw.color = color_->value.toColor();
-        draw.blend = blendModeFromIndex(index(blending_));
-        draw.depthTest = index(depth_) != 0;
-        const int culling = index(culling_);
-        draw.culling = culling == 1 ? Culling::Back : culling == 2 ? Culling::Front : Culling::None;
-        draw.lighting = context.lighting();
         context.target()->drawMesh(draw);
     }
 
 private:
     InputPort* mesh_;
-    PlacementPorts placement_;
+    std::vector<InputPort*> scale_;
     InputPort* color_;
     InputPort* image_;
-    InputPort* blending_;
-    InputPort* depth_;
-    InputPort* culling_;
 };
 
 class MeshTransformPatch : public Patch {

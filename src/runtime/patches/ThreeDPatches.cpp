@@ -6,6 +6,7 @@
 #include "runtime/ExecutionContext.h"
 #include "runtime/Lighting.h"
 #include "runtime/MacroPatch.h"
+#include "runtime/patches/ObjectPatch.h"
 #include "runtime/patches/PatchFamilies.h"
 
 #include <cmath>
@@ -141,44 +142,6 @@ private:
     InputPort* twoSides_;
     std::vector<LightPorts> lights_;
     Lighting lighting_;
-};
-
-// Ports every 3-D object has: position, rotation (degrees), colour,
-// blending, depth testing and face culling.
-class ObjectPatch : public Patch {
-public:
-    explicit ObjectPatch(const PatchSetup& setup) : Patch(setup)
-    {
-        for (const char* key : {"inputX", "inputY", "inputZ", "inputRX", "inputRY", "inputRZ"})
-            placement_.push_back(&addInput(QString::fromLatin1(key), PortType::Number, 0.0));
-        blending_ = &addInput(QStringLiteral("inputBlending"), PortType::Index, 0);
-        depth_ = &addInput(QStringLiteral("inputZBuffer"), PortType::Index, 1);
-        culling_ = &addInput(QStringLiteral("inputCulling"), PortType::Index, 0);
-    }
-    ExecutionMode executionMode() const override { return ExecutionMode::Consumer; }
-
-protected:
-    MeshDraw prepared(ExecutionContext& context) const
-    {
-        MeshDraw draw;
-        draw.transform = context.modelView();
-        draw.transform.translate(float(number(placement_[0])), float(number(placement_[1])), float(number(placement_[2])));
-        draw.transform.rotate(float(number(placement_[3])), 1, 0, 0);
-        draw.transform.rotate(float(number(placement_[4])), 0, 1, 0);
-        draw.transform.rotate(float(number(placement_[5])), 0, 0, 1);
-        draw.blend = blendModeFromIndex(index(blending_));
-        draw.depthTest = index(depth_) != 0;
-        const int culling = index(culling_);
-        draw.culling = culling == 1 ? Culling::Back : culling == 2 ? Culling::Front : Culling::None;
-        draw.lighting = context.lighting();
-        return draw;
-    }
-
-private:
-    std::vector<InputPort*> placement_;
-    InputPort* blending_;
-    InputPort* depth_;
-    InputPort* culling_;
 };
 
 class SpherePatch : public ObjectPatch {
