@@ -5,6 +5,7 @@
 // change, then look at them.
 
 #include "CompositionBuilder.h"
+#include "GoldenCompare.h"
 
 #include <QDir>
 #include <QPainter>
@@ -22,11 +23,7 @@ QString goldenPath(const QString& name)
     return QStringLiteral(VELLORAN_RUNTIME_FIXTURES "/%1.png").arg(name);
 }
 
-int channelDistance(QRgb p, QRgb q)
-{
-    return std::max({std::abs(qRed(p) - qRed(q)), std::abs(qGreen(p) - qGreen(q)), std::abs(qBlue(p) - qBlue(q)),
-                     std::abs(qAlpha(p) - qAlpha(q))});
-}
+using test::channelDistance;
 
 // A pixel of the golden image whose neighbourhood changes: where the two
 // backends anti-alias differently (coverage against 4× multisampling).
@@ -47,35 +44,20 @@ bool onAnEdge(const QImage& golden, int x, int y)
 // 96 (multisampled coverage) without counting.
 void expectMatchesGolden(const QImage& actual, const QString& name)
 {
-    const QString path = goldenPath(name);
-    if (qEnvironmentVariableIsSet("VELLORAN_UPDATE_GOLDENS")) {
 #ifdef VELLORAN_GOLDENS_ON_OPENGL
-        GTEST_SKIP() << "golden images are drawn by the raster backend";
-#endif
-        QDir().mkpath(QFileInfo(path).absolutePath());
-        ASSERT_TRUE(actual.save(path)) << path.toStdString();
-        return;
-    }
-    QImage golden(path);
-    ASSERT_FALSE(golden.isNull()) << "missing golden image " << path.toStdString();
-    golden = golden.convertToFormat(QImage::Format_ARGB32_Premultiplied);
-    const QImage a = actual.convertToFormat(QImage::Format_ARGB32_Premultiplied);
-    ASSERT_EQ(golden.size(), a.size());
-#ifdef VELLORAN_GOLDENS_ON_OPENGL
+    if (qEnvironmentVariableIsSet("VELLORAN_UPDATE_GOLDENS")) GTEST_SKIP() << "golden images are drawn by the raster backend";
     constexpr bool kEdgesMayDiffer = true;
 #else
     constexpr bool kEdgesMayDiffer = false;
 #endif
-    int bad = 0;
-    for (int y = 0; y < a.height(); ++y)
-        for (int x = 0; x < a.width(); ++x) {
-            const int d = channelDistance(a.pixel(x, y), golden.pixel(x, y));
-            if (d > 8 && !(kEdgesMayDiffer && d <= 96 && onAnEdge(golden, x, y))) ++bad;
-        }
+    const QImage a = actual.convertToFormat(QImage::Format_ARGB32_Premultiplied);
+    const QImage golden = test::goldenOrUpdate(goldenPath(name), a);
+    if (golden.isNull()) return;
+    ASSERT_EQ(golden.size(), a.size());
+    const int bad = test::differingPixels(a, golden, 8, [&](int x, int y, int d) {
+        return kEdgesMayDiffer && d <= 96 && onAnEdge(golden, x, y);
+    });
     EXPECT_LE(bad, a.width() * a.height() / 100) << name.toStdString() << ": " << bad << " pixels differ";
-    // VELLORAN_GOLDEN_OUT=DIR keeps the pictures that differ, to look at.
-    if (bad > a.width() * a.height() / 100 && qEnvironmentVariableIsSet("VELLORAN_GOLDEN_OUT"))
-        a.save(QDir(qEnvironmentVariable("VELLORAN_GOLDEN_OUT")).filePath(name + QStringLiteral(".png")));
 }
 
 QImage render(const Node& rootPatch, const std::function<void(runtime::Renderer&)>& setup = {}, QSize size = kSize)

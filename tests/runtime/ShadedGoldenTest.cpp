@@ -6,6 +6,7 @@
 // each binary) and look at them.
 
 #include "CompositionBuilder.h"
+#include "GoldenCompare.h"
 
 #include <QDir>
 #include <QFileInfo>
@@ -36,23 +37,10 @@ QImage render(const Node& root, const std::function<void(runtime::Renderer&)>& s
 void expectMatchesGolden(const QImage& actual, const QString& name)
 {
     const QString path = QStringLiteral(VELLORAN_RUNTIME_FIXTURES "/shaded/%1/%2.png").arg(QLatin1String(kBackend), name);
-    if (qEnvironmentVariableIsSet("VELLORAN_UPDATE_GOLDENS")) {
-        QDir().mkpath(QFileInfo(path).absolutePath());
-        ASSERT_TRUE(actual.save(path)) << path.toStdString();
-        return;
-    }
-    QImage golden(path);
-    ASSERT_FALSE(golden.isNull()) << "missing golden image " << path.toStdString();
-    golden = golden.convertToFormat(QImage::Format_ARGB32_Premultiplied);
+    const QImage golden = test::goldenOrUpdate(path, actual);
+    if (golden.isNull()) return;
     ASSERT_EQ(golden.size(), actual.size());
-    int bad = 0;
-    for (int y = 0; y < actual.height(); ++y)
-        for (int x = 0; x < actual.width(); ++x) {
-            const QRgb p = actual.pixel(x, y), q = golden.pixel(x, y);
-            const int d = std::max({std::abs(qRed(p) - qRed(q)), std::abs(qGreen(p) - qGreen(q)), std::abs(qBlue(p) - qBlue(q)),
-                                    std::abs(qAlpha(p) - qAlpha(q))});
-            bad += d > 8;
-        }
+    const int bad = test::differingPixels(actual, golden, 8, [](int, int, int) { return false; });
     EXPECT_LE(bad, actual.width() * actual.height() / 100) << name.toStdString() << ": " << bad << " pixels differ";
 }
 
