@@ -6,7 +6,7 @@ namespace runtime {
 
 void PatchSetup::report(const QString& message) const
 {
-    if (problems) problems->append(key + QStringLiteral(": ") + message);
+    if (problems) problems->append((path.isEmpty() ? key : path) + QStringLiteral(": ") + message);
 }
 
 Patch::Patch(const PatchSetup& setup)

@@ -25,7 +25,7 @@ const QLatin1String kRasterNote("GLSL shaders draw on the OpenGL backend only; o
 
 class GlslShaderPatch : public MacroPatch {
 public:
-    explicit GlslShaderPatch(const PatchSetup& setup) : MacroPatch(setup), path_(setup.path.isEmpty() ? setup.key : setup.path)
+    explicit GlslShaderPatch(const PatchSetup& setup) : MacroPatch(setup)
     {
         program_.vertexSource = stateString(setup, "vertexShader");
         program_.fragmentSource = stateString(setup, "fragmentShader");
@@ -49,7 +49,7 @@ public:
             if (error != lastError_) {
                 lastError_ = error;
                 context.services().logOnce(
-                    QStringLiteral("%1: %2; the patches inside draw unshaded").arg(path_, error.left(2000)));
+                    QStringLiteral("%1: %2; the patches inside draw unshaded").arg(path(), error.left(2000)));
             }
             MacroPatch::execute(context, time);
             return;
@@ -110,7 +110,6 @@ private:
     void check(const PatchSetup& setup) const
     {
         if (!setup.problems) return;
-        const auto report = [&](const QString& message) { setup.problems->append(path_ + QStringLiteral(": ") + message); };
         const struct {
             const QString& source;
             ShaderStage stage;
@@ -120,14 +119,13 @@ private:
         for (const auto& stage : stages) {
             if (stage.source.trimmed().isEmpty()) continue;
             for (const QString& error : glslErrors(stage.source, stage.stage))
-                report(QStringLiteral("the %1 shader does not compile: %2").arg(QLatin1String(stage.name), error));
+                setup.report(QStringLiteral("the %1 shader does not compile: %2").arg(QLatin1String(stage.name), error));
         }
         bool noted = false;
         for (const QString& line : *setup.problems) noted = noted || line.endsWith(kRasterNote);
-        if (!noted) report(kRasterNote);
+        if (!noted) setup.report(kRasterNote);
     }
 
-    QString path_;
     QString lastError_;
     ShaderProgram program_;
     std::vector<Bound> bound_;
