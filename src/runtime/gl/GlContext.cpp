@@ -8,6 +8,36 @@ namespace runtime {
 
 namespace {
 
+// Fog as Fog.cpp computes it, for both fragment programs (setFogUniforms
+// in GlDrawing.cpp feeds it): fogMode −1 none, 0 linear, 1 exponential,
+// 2 exponential squared; `depth` is the distance from the eye.
+const char* const kFogFunctions = R"(
+uniform int fogMode;
+uniform vec3 fogColor;
+uniform float fogDensity;
+uniform float fogStart;
+uniform float fogEnd;
+float fogAmount(float depth)
+{
+    float visible = 1.0;
+    if (fogMode == 0) visible = fogEnd > fogStart ? (fogEnd - depth) / (fogEnd - fogStart) : (depth < fogStart ? 1.0 : 0.0);
+    else if (fogMode == 1) visible = exp(-max(0.0, fogDensity) * max(0.0, depth));
+    else if (fogMode == 2) { float x = max(0.0, fogDensity) * max(0.0, depth); visible = exp(-x * x); }
+    return 1.0 - clamp(visible, 0.0, 1.0);
+}
+vec4 fogged(vec4 pixel, float depth)
+{
+    if (fogMode < 0) return pixel;
+    return vec4(mix(pixel.rgb, fogColor * pixel.a, fogAmount(depth)), pixel.a);
+}
+)";
+
+// A fragment program: the version line, the fog functions, then `body`.
+QByteArray fragmentSource(const char* body)
+{
+    return QByteArrayLiteral("#version 120\n") + kFogFunctions + body;
+}
+
 // Premultiplied colours throughout: the texel (or white) times the colour,
 // scaled by the mask's luminance × alpha where there is a mask.
 const char* const kQuadVertexShader = R"(#version 120
@@ -26,27 +56,14 @@ void main()
 }
 )";
 
-const char* const kQuadFragmentShader = R"(#version 120
+const char* const kQuadFragmentShader = R"(
 uniform sampler2D image;
 uniform sampler2D mask;
 uniform bool hasImage;
 uniform bool hasMask;
 uniform vec4 color;
-uniform int fogMode;  // as in the mesh program
-uniform vec3 fogColor;
-uniform float fogDensity;
-uniform float fogStart;
-uniform float fogEnd;
 varying vec2 uv;
 varying float depth;
-float fogAmount(float d)
-{
-    float visible = 1.0;
-    if (fogMode == 0) visible = fogEnd > fogStart ? (fogEnd - d) / (fogEnd - fogStart) : (d < fogStart ? 1.0 : 0.0);
-    else if (fogMode == 1) visible = exp(-max(0.0, fogDensity) * max(0.0, d));
-    else if (fogMode == 2) { float x = max(0.0, fogDensity) * max(0.0, d); visible = exp(-x * x); }
-    return 1.0 - clamp(visible, 0.0, 1.0);
-}
 void main()
 {
     vec4 pixel = hasImage ? texture2D(image, uv) * color : color;
@@ -56,8 +73,7 @@ void main()
         // luminance of the stored colour.
         pixel *= dot(m.rgb, vec3(0.299, 0.587, 0.114));
     }
-    if (fogMode >= 0) pixel.rgb = mix(pixel.rgb, fogColor * pixel.a, fogAmount(depth));
-    gl_FragColor = pixel;
+    gl_FragColor = fogged(pixel, depth);
 }
 )";
 
@@ -84,7 +100,7 @@ void main()
 }
 )";
 
-const char* const kMeshFragmentShader = R"(#version 120
+const char* const kMeshFragmentShader = R"(
 uniform sampler2D image;
 uniform bool hasImage;
 uniform vec4 color;  // straight alpha
@@ -98,23 +114,10 @@ uniform int lightCount;
 uniform vec3 lightPosition[4];
 uniform vec3 lightColor[4];
 uniform float lightAttenuation[4];
-uniform int fogMode;  // -1 none, 0 linear, 1 exponential, 2 exponential squared (Fog.cpp)
-uniform vec3 fogColor;
-uniform float fogDensity;
-uniform float fogStart;
-uniform float fogEnd;
 varying vec2 uv;
 varying vec4 tint;
 varying vec3 eyePosition;
 varying vec3 eyeNormal;
-float fogAmount(float depth)
-{
-    float visible = 1.0;
-    if (fogMode == 0) visible = fogEnd > fogStart ? (fogEnd - depth) / (fogEnd - fogStart) : (depth < fogStart ? 1.0 : 0.0);
-    else if (fogMode == 1) visible = exp(-max(0.0, fogDensity) * max(0.0, depth));
-    else if (fogMode == 2) { float x = max(0.0, fogDensity) * max(0.0, depth); visible = exp(-x * x); }
-    return 1.0 - clamp(visible, 0.0, 1.0);
-}
 void main()
 {
     vec4 material = color * tint;
@@ -139,8 +142,7 @@ void main()
     }
     vec4 pixel = vec4(rgb * material.a, material.a);
     if (hasImage) pixel *= texture2D(image, uv);
-    if (fogMode >= 0) pixel.rgb = mix(pixel.rgb, fogColor * pixel.a, fogAmount(eye.z - eyePosition.z));
-    gl_FragColor = pixel;
+    gl_FragColor = fogged(pixel, eye.z - eyePosition.z);
 }
 )";
 
@@ -198,14 +200,14 @@ bool GlContext::create(QString* why)
     if (legacy_ && !legacy_->initializeOpenGLFunctions()) legacy_ = nullptr;
     quadProgram_ = std::make_unique<QOpenGLShaderProgram>();
     if (!quadProgram_->addShaderFromSourceCode(QOpenGLShader::Vertex, kQuadVertexShader) ||
-        !quadProgram_->addShaderFromSourceCode(QOpenGLShader::Fragment, kQuadFragmentShader) ||
+        !quadProgram_->addShaderFromSourceCode(QOpenGLShader::Fragment, fragmentSource(kQuadFragmentShader)) ||
         !quadProgram_->link()) {
         *why = QStringLiteral("the quad program does not compile: %1").arg(quadProgram_->log());
         return false;
     }
     meshProgram_ = std::make_unique<QOpenGLShaderProgram>();
     const bool compiled = meshProgram_->addShaderFromSourceCode(QOpenGLShader::Vertex, kMeshVertexShader) &&
-                          meshProgram_->addShaderFromSourceCode(QOpenGLShader::Fragment, kMeshFragmentShader);
+                          meshProgram_->addShaderFromSourceCode(QOpenGLShader::Fragment, fragmentSource(kMeshFragmentShader));
     // Attribute 0 must be an array in a compatibility context: the vertex
     // colour, sometimes a constant, must not get it.
     meshProgram_->bindAttributeLocation("position", 0);

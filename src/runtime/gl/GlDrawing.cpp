@@ -1,5 +1,7 @@
 #include "runtime/gl/GlDrawing.h"
 
+#include "runtime/Fog.h"
+
 #include <algorithm>
 #include <cmath>
 
@@ -8,6 +10,16 @@ namespace runtime {
 float unitChannel(double v)
 {
     return std::isnan(v) ? 0.0f : float(std::clamp(v, 0.0, 1.0));
+}
+
+void setFogUniforms(QOpenGLShaderProgram& program, const Fog* fog)
+{
+    program.setUniformValue("fogMode", fog ? int(fog->mode) : -1);
+    if (!fog) return;
+    program.setUniformValue("fogColor", QVector3D(unitChannel(fog->color.red), unitChannel(fog->color.green), unitChannel(fog->color.blue)));
+    program.setUniformValue("fogDensity", float(fog->density));
+    program.setUniformValue("fogStart", float(fog->start));
+    program.setUniformValue("fogEnd", float(fog->end));
 }
 
 void applyBlendAndDepth(QOpenGLFunctions& gl, BlendMode blend, bool depthTest)

@@ -18,6 +18,11 @@ float unitChannel(double v);
 // equal depths through (coplanar layers draw in order).
 void applyBlendAndDepth(QOpenGLFunctions& gl, BlendMode blend, bool depthTest);
 
+struct Fog;
+
+// The fog uniforms of the quad and mesh programs; null turns fog off.
+void setFogUniforms(QOpenGLShaderProgram& program, const Fog* fog);
+
 struct QuadVertex {
     float x, y, z, s, t;
 };

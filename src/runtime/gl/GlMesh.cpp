@@ -53,14 +53,7 @@ void GlTarget::drawMesh(const MeshDraw& mesh)
     program.setUniformValue("normalMatrix", mesh.transform.normalMatrix());
     const DrawEnvironment& environment = this->environment();
     program.setUniformValue("eye", QVector3D(0, 0, float(environment.orthographic() ? kEyeDistance : environment.eyeDistance)));
-    const Fog* fog = environment.fog;
-    program.setUniformValue("fogMode", fog ? int(fog->mode) : -1);
-    if (fog) {
-        program.setUniformValue("fogColor", rgb(fog->color));
-        program.setUniformValue("fogDensity", float(fog->density));
-        program.setUniformValue("fogStart", float(fog->start));
-        program.setUniformValue("fogEnd", float(fog->end));
-    }
+    setFogUniforms(program, environment.fog);
     const Lighting* lighting = mesh.lighting;
     program.setUniformValue("lit", lighting != nullptr);
     if (lighting) {

@@ -102,7 +102,7 @@ GlTarget::GlTarget(GlBackend& backend, QImage* external, const QTransform& view)
     program.bind();
     program.setUniformValue("hasImage", true);
     program.setUniformValue("hasMask", false);
-    program.setUniformValue("fogMode", -1);
+    setFogUniforms(program, nullptr);
     program.setUniformValue("image", 0);
     program.setUniformValue("color", QVector4D(1, 1, 1, 1));
     program.setUniformValue("matrix", projection_);
@@ -230,14 +230,10 @@ void GlTarget::drawQuadNow(const QuadDraw& quad)
         }
     program.setUniformValue("matrix", matrix);
     const Fog* fog = quad.fogged ? environment().fog : nullptr;
-    program.setUniformValue("fogMode", fog ? int(fog->mode) : -1);
+    setFogUniforms(program, fog);
     if (fog) {
         program.setUniformValue("local", quad.transform);
         program.setUniformValue("eyeZ", float(environment().orthographic() ? kEyeDistance : environment().eyeDistance));
-        program.setUniformValue("fogColor", QVector3D(unitChannel(fog->color.red), unitChannel(fog->color.green), unitChannel(fog->color.blue)));
-        program.setUniformValue("fogDensity", float(fog->density));
-        program.setUniformValue("fogStart", float(fog->start));
-        program.setUniformValue("fogEnd", float(fog->end));
     }
 
     applyBlendAndDepth(gl, quad.blend, quad.depthTest);
