@@ -5,6 +5,7 @@
 
 #include "../CompositionBuilder.h"
 #include "CliRunner.h"
+#include "../GoldenCompare.h"
 
 #include "runtime/BackendFactory.h"
 #include "runtime/gl/GlBackend.h"
@@ -160,9 +161,19 @@ TEST(GlBackend, FramesDrawnOverThePreviousOneEqualFramesDrawnWhole)
     r.child(Node("QCSprite", "Moving").input("inputWidth", 0.3).input("inputHeight", 0.3).input("inputRZ", 20.0));
     r.child(Node("QCSprite", "Still").input("inputX", 0.6).input("inputY", -0.3).input("inputWidth", 0.2).input("inputHeight", 0.2));
     r.child(Node("QCSphere", "Ball").input("inputScale", 0.3).input("inputX", -0.6));
+    // A picture drawn inside the frame (its own recorded target), shown as a layer.
+    Node inner("QCRenderInImage", "Inset");
+    inner.input("inputWidth", 16).input("inputHeight", 16);
+    inner.child(Node("QCClear", "InsetClear").input("inputColor", test::colorValue(0, 0, 0.5)));
+    inner.child(Node("QCSprite", "InsetSprite").input("inputWidth", 1.0).input("inputHeight", 1.0));
+    inner.publishInput("Color", "InsetSprite", "inputColor");
+    r.child(inner);
+    r.child(Node("QCSprite", "InsetLayer").input("inputX", -0.5).input("inputY", 0.4).input("inputWidth", 0.4).input("inputHeight", 0.4));
+    r.connect("Inset", "outputImage", "InsetLayer", "inputImage");
     r.publishInput("backdrop", "Backdrop", "inputImage");
     r.publishInput("x", "Moving", "inputX");
     r.publishInput("color", "Still", "inputColor");
+    r.publishInput("insetColor", "Inset", "Color");
     r.publishInput("ball", "Ball", "_enable");
     r.publishInput("clear", "Clear_1", "_enable");
     const auto composition = test::load(r);
@@ -181,6 +192,7 @@ TEST(GlBackend, FramesDrawnOverThePreviousOneEqualFramesDrawnWhole)
         renderer.setInputPortValue("backdrop", runtime::Value(runtime::Image::fromRaster(backdrop)));
         renderer.setInputValue("x", f.x);
         renderer.setInputValue("color", f.color);
+        renderer.setInputValue("insetColor", f.color);
         renderer.setInputValue("ball", f.ball);
         renderer.setInputValue("clear", f.clear);
     };
@@ -201,6 +213,9 @@ TEST(GlBackend, FramesDrawnOverThePreviousOneEqualFramesDrawnWhole)
         apply(fresh, frames[i]);
         fresh.render(0.04 * double(i));
         ASSERT_EQ(picture, fresh.snapshot()) << "frame " << i;
+        // The inset's middle follows the colour (the record inside the frame
+        // is redrawn too).
+        EXPECT_LE(test::channelDistance(picture.pixel(16, 11), frames[i].color.rgb()), 16) << "frame " << i;
         // A picture handed out earlier is not changed by later frames.
         if (!previous.isNull()) {
             EXPECT_EQ(previous, held) << "frame " << i;
